@@ -1,0 +1,90 @@
+// The process-wide debug log: console, daily-rotated file and UDP sinks.
+//
+// Every log line of the library is written with QV_LOG, whose format begins
+// with "[%s:%d]"; the macro fills those two with the calling function's name
+// and the source line. A line goes to the console when the console switch is
+// on, and to the file and UDP sinks when they are on.
+#pragma once
+
+#include <cstdarg>
+
+#include "base/compat.h"
+
+#define QV_PRINTF(fmt_index, first_arg) \
+  __attribute__((format(printf, fmt_index, first_arg)))
+
+#define QV_LOG(fmt, ...) \
+  DebugLogLine(__FUNCTION__, __FILE__, __LINE__, fmt, __FUNCTION__, __LINE__, ##__VA_ARGS__)
+
+enum LOGTYPE { LOGTYPE_DEBUG = 0, LOGTYPE_INFO = 1, LOGTYPE_ERROR = 2 };
+
+// Reference-counted start and release. The first DebugInit loads
+// "./player_dbg.cfg"; the last DebugRelease closes the sinks.
+int DebugInit();
+int DebugRelease();
+int DebugInitLoad(int reload);
+
+// Console switch: on when `on` >= 1.
+int DebugLogSwitch(int on);
+
+// mode 0: file and UDP off. Otherwise: folder := dir, bit value 2 UDP on,
+// bit value 1 file on, file on when neither ends up on. 0.
+int SetLogToFile(unsigned long mode, char* dir, int reserved);
+
+// -1 null, -2 empty, -3 longer than 255; else closes the open file and
+// copies the text's characters over the folder; 0.
+int ChangeDebugFileDir(const char* dir);
+
+// Console line "[<time>,Tid=0x..]<message>\r\n" when the switch is on. 0.
+int DebugLogFunc(const char* fmt, ...) QV_PRINTF(1, 2);
+
+// File and UDP line, long form. -1 when both sinks are off or a send fails.
+int WriteDebugLog(const char* func, const char* file, int line, int reserved,
+                  void* obj, const char* fmt, ...) QV_PRINTF(6, 7);
+
+// File and UDP line, short form.
+int DebugLogType(LOGTYPE type, const char* fmt, ...) QV_PRINTF(2, 3);
+
+// Local time "%04d-%02d-%02d %02d:%02d:%02d" in one shared static buffer;
+// 0 gives "".
+const char* slogctime(long t);
+
+// What QV_LOG calls: to the file and UDP sinks (which echo to the console)
+// when either is on, else to the console alone.
+int DebugLogLine(const char* func, const char* file, int line, const char* fmt,
+                 ...) QV_PRINTF(4, 5);
+
+// Reload listener: deliberately never started (DebugStartThread answers -1
+// without creating a thread); DebugThread is its body.
+int DebugStartThread();
+void* DebugThread(void* arg);
+
+// --- for tests and diagnostics -------------------------------------------
+struct DebugLogState {
+  int console;
+  int to_file;
+  int to_network;
+  int level;
+  int show_file_line;
+  int line_count;
+  int file_index;
+  int last_day;
+  int init_count;
+  bool file_open;
+  char monitor_ip[64];
+  char log_dir[256];
+  char start_time[64];
+};
+DebugLogState DebugGetState();
+
+// The clock the file sinks read (GetLocalTime by default); null restores it.
+void DebugSetClock(void (*clock)(SYSTEMTIME*));
+
+// The configuration file read by DebugInitLoad ("./player_dbg.cfg").
+void DebugSetConfigPath(const char* path);
+
+// The UDP port of the monitor (3000).
+void DebugSetMonitorPort(unsigned short port);
+
+// Parses a configuration text into the log settings (used by DebugInitLoad).
+void GetDebugConfig(const char* text);

@@ -1,0 +1,30 @@
+#include "base/time_scale.h"
+
+#include <atomic>
+#include <cstdlib>
+
+namespace {
+
+double InitialScale() {
+  const char* env = getenv("QUORVEL_TIMER_SCALE");
+  if (env == nullptr) return 1.0;
+  double v = atof(env);
+  return v > 0 ? v : 1.0;
+}
+
+std::atomic<double> g_scale{InitialScale()};
+
+}  // namespace
+
+void SetTimerScale(double scale) {
+  if (scale > 0) g_scale = scale;
+}
+
+double GetTimerScale() { return g_scale; }
+
+unsigned long ScaledMs(unsigned long ms) {
+  if (ms == 0) return 0;
+  double v = static_cast<double>(ms) * g_scale;
+  unsigned long r = static_cast<unsigned long>(v);
+  return r == 0 ? 1 : r;
+}
