@@ -12,4 +12,11 @@ int CRTSPObjectList::GetLastErrorCode() {
   return code;
 }
 
+int CRTSPObjectList::SetAutoReconnect(long handle, int on) {
+  if (handle == 0) auto_reconnect_default_ = on;
+  return -8999989;  // no pulls yet: every handle is unknown
+}
+
+int CRTSPObjectList::Reconnect(long) { return -8999989; }
+
 int CRTSPObjectList::SetMessageHWND(int, long) { return 0; }

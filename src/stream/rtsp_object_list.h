@@ -17,6 +17,12 @@ class CRTSPObjectList {
   int GetLastErrorCode();
   void SetLastError(int code) { last_error_ = code; }
 
+  // Handle 0 stores the default for new pulls and answers -8999989 (so the
+  // caller goes on to the session registry). Otherwise the handle is looked
+  // up -- and forgotten, as designed -- 0, or -8999989 when unknown.
+  int SetAutoReconnect(long handle, int on);
+  int Reconnect(long handle);
+
   // Window messages do not exist on this platform: does nothing, 0.
   int SetMessageHWND(int message, long window);
 
