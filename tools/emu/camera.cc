@@ -205,8 +205,8 @@ bool Camera::SendAlarm(const std::vector<AlarmSpec>& items) {
   std::string payload =
       MakeEnvelope("ALARM_REPORT_MESSAGE", "CMD_REPORT_ALARM", "0", AlarmBody(items));
   return impl_->SendTo(LoggedIn, EncodeFrame(payload),
-                       "ALARM_REPORT_MESSAGE CMD_REPORT_ALARM flag 0 (" +
-                           std::to_string(items.size()) + " alarms)");
+                       "ALARM_REPORT_MESSAGE CMD_REPORT_ALARM flag 0 (alarms: " +
+                           std::to_string(items.size()) + ")");
 }
 
 bool Camera::SendFrame(const std::string& payload, uint32_t flag) {
