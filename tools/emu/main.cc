@@ -1,7 +1,202 @@
-// quorvel-emu: an emulated camera for trying the library without hardware.
-#include <cstdio>
+// quorvel-emu: an emulated camera on the control link, for trying the
+// library and testing host programs without hardware.
+#include <getopt.h>
+#include <signal.h>
 
-int main() {
-  printf("quorvel-emu: nothing to emulate yet\n");
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "base/compat.h"
+#include "emu/camera.h"
+#include "emu/config_store.h"
+
+namespace {
+
+volatile sig_atomic_t g_stop = 0;
+
+void OnSignal(int) { g_stop = 1; }
+
+void Usage(FILE* out) {
+  fprintf(out,
+          "usage: quorvel-emu [options]\n"
+          "  --port N             control port (default: a free port, printed on start)\n"
+          "  --bind ADDR          address to listen on (default 127.0.0.1)\n"
+          "  --user NAME          login user (default admin)\n"
+          "  --password TEXT      login password (default admin)\n"
+          "  --session-id TEXT    session id given in the login reply\n"
+          "  --config FILE        configuration document (default: built-in)\n"
+          "  --user-data TEXT     user data answered to code 1034\n"
+          "  --no-front-replay    leave front_replay out of the ability list\n"
+          "  --alarm-every N      send an alarm to every logged-in link each N seconds\n"
+          "  --alarm-code N       Alarm_code of those alarms (default 1)\n"
+          "faults:\n"
+          "  --silent-login       never answer a login\n"
+          "  --refuse-login[=F]   refuse every login with flag F (default -1)\n"
+          "  --no-heartbeat       leave heartbeats unanswered\n"
+          "  --delay-ms N         delay every reply by N milliseconds\n"
+          "  --quiet              print only the first line\n"
+          "  --help\n");
+}
+
+bool ParseInt(const char* text, long min, long max, long* out) {
+  errno = 0;
+  char* end = nullptr;
+  long v = strtol(text, &end, 10);
+  if (errno || end == text || *end || v < min || v > max) return false;
+  *out = v;
+  return true;
+}
+
+bool ReadFile(const char* path, std::string* text) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) return false;
+  std::ostringstream s;
+  s << in.rdbuf();
+  *text = s.str();
+  return true;
+}
+
+qvemu::AlarmSpec AlarmNow(int code, unsigned count) {
+  time_t now = time(nullptr);
+  struct tm t;
+  localtime_r(&now, &t);
+  qvemu::AlarmSpec a;
+  a.year = t.tm_year + 1900;
+  a.month = t.tm_mon + 1;
+  a.day = t.tm_mday;
+  a.wday = t.tm_wday;
+  a.hour = t.tm_hour;
+  a.minute = t.tm_min;
+  a.second = t.tm_sec;
+  a.code = code;
+  a.flag = 1;
+  a.level = 1;
+  a.data = "emulated alarm " + std::to_string(count);
+  return a;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  enum {
+    kPort = 1000, kBind, kUser, kPassword, kSessionId, kConfig, kUserData, kNoFrontReplay,
+    kAlarmEvery, kAlarmCode, kSilentLogin, kRefuseLogin, kNoHeartbeat, kDelayMs, kQuiet, kHelp
+  };
+  static const option kOptions[] = {
+      {"port", required_argument, nullptr, kPort},
+      {"bind", required_argument, nullptr, kBind},
+      {"user", required_argument, nullptr, kUser},
+      {"password", required_argument, nullptr, kPassword},
+      {"session-id", required_argument, nullptr, kSessionId},
+      {"config", required_argument, nullptr, kConfig},
+      {"user-data", required_argument, nullptr, kUserData},
+      {"no-front-replay", no_argument, nullptr, kNoFrontReplay},
+      {"alarm-every", required_argument, nullptr, kAlarmEvery},
+      {"alarm-code", required_argument, nullptr, kAlarmCode},
+      {"silent-login", no_argument, nullptr, kSilentLogin},
+      {"refuse-login", optional_argument, nullptr, kRefuseLogin},
+      {"no-heartbeat", no_argument, nullptr, kNoHeartbeat},
+      {"delay-ms", required_argument, nullptr, kDelayMs},
+      {"quiet", no_argument, nullptr, kQuiet},
+      {"help", no_argument, nullptr, kHelp},
+      {nullptr, 0, nullptr, 0},
+  };
+
+  qvemu::CameraOptions options;
+  options.verbose = true;
+  qvemu::LoginReply login = qvemu::LoginReply::Accept;
+  long refuse_flag = -1, alarm_every = 0, alarm_code = 1, delay_ms = 0, number = 0;
+  bool heartbeat = true;
+  const char* config_path = nullptr;
+  int c;
+  while ((c = getopt_long(argc, argv, "", kOptions, nullptr)) != -1) {
+    bool ok = true;
+    switch (c) {
+      case kPort:
+        ok = ParseInt(optarg, 0, 65535, &number);
+        options.port = static_cast<uint16_t>(number);
+        break;
+      case kBind: options.bind_address = optarg; break;
+      case kUser: options.user = optarg; break;
+      case kPassword: options.password = optarg; break;
+      case kSessionId: options.session_id = optarg; break;
+      case kConfig: config_path = optarg; break;
+      case kUserData: options.user_data = optarg; break;
+      case kNoFrontReplay: options.front_replay = false; break;
+      case kAlarmEvery: ok = ParseInt(optarg, 1, 86400, &alarm_every); break;
+      case kAlarmCode: ok = ParseInt(optarg, INT_MIN, INT_MAX, &alarm_code); break;
+      case kSilentLogin: login = qvemu::LoginReply::Silent; break;
+      case kRefuseLogin:
+        login = qvemu::LoginReply::Refuse;
+        ok = !optarg || ParseInt(optarg, INT_MIN, INT_MAX, &refuse_flag);
+        break;
+      case kNoHeartbeat: heartbeat = false; break;
+      case kDelayMs: ok = ParseInt(optarg, 0, 600000, &delay_ms); break;
+      case kQuiet: options.verbose = false; break;
+      case kHelp: Usage(stdout); return 0;
+      default: ok = false;
+    }
+    if (!ok) {
+      if (c != '?') fprintf(stderr, "quorvel-emu: bad value for --%s\n", kOptions[c - kPort].name);
+      Usage(stderr);
+      return 2;
+    }
+  }
+  if (optind < argc) {
+    fprintf(stderr, "quorvel-emu: unexpected argument %s\n", argv[optind]);
+    Usage(stderr);
+    return 2;
+  }
+  if (config_path) {
+    if (!ReadFile(config_path, &options.config_document)) {
+      fprintf(stderr, "quorvel-emu: cannot read %s\n", config_path);
+      return 2;
+    }
+    if (!qvemu::ConfigStore().Load(options.config_document)) {
+      fprintf(stderr, "quorvel-emu: %s is not a configuration document (root IPCConfig)\n",
+              config_path);
+      return 2;
+    }
+  }
+
+  struct sigaction sa = {};
+  sa.sa_handler = OnSignal;
+  sigaction(SIGINT, &sa, nullptr);
+  sigaction(SIGTERM, &sa, nullptr);
+  signal(SIGPIPE, SIG_IGN);
+
+  qvemu::Camera camera(options);
+  camera.SetLoginReply(login, static_cast<int>(refuse_flag));
+  camera.SetHeartbeatReplies(heartbeat);
+  camera.SetReplyDelayMs(static_cast<int>(delay_ms));
+  if (!camera.Start()) {
+    fprintf(stderr, "quorvel-emu: cannot listen on %s:%u\n", options.bind_address.c_str(),
+            options.port);
+    return 1;
+  }
+  printf("quorvel-emu listening on %s:%u\n", options.bind_address.c_str(), camera.Port());
+  if (options.verbose) {
+    printf("login: user \"%s\", password \"%s\"; stop with Ctrl-C\n", options.user.c_str(),
+           options.password.c_str());
+  }
+  fflush(stdout);
+
+  unsigned long next_alarm = GetTickCount() + static_cast<unsigned long>(alarm_every) * 1000;
+  unsigned alarms = 0;
+  while (!g_stop) {
+    SleepMs(100);
+    if (alarm_every > 0 && GetTickCount() >= next_alarm) {
+      next_alarm += static_cast<unsigned long>(alarm_every) * 1000;
+      camera.SendAlarm({AlarmNow(static_cast<int>(alarm_code), ++alarms)});
+    }
+  }
+  camera.Stop();
+  if (options.verbose) printf("quorvel-emu stopped\n");
   return 0;
 }

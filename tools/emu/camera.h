@@ -1,0 +1,117 @@
+// An emulated camera on the control link, for tests (started in-process on
+// a free loopback port) and for the quorvel-emu program.
+//
+// One Camera listens on one TCP port and serves any number of control links
+// at once, one thread a link. It checks user and password on login, answers
+// heartbeats, PTZ commands, system control codes, configuration get and set
+// (from and into its own configuration document), user data and the key
+// exchange, and pushes alarms when asked. Fault switches make it stay silent,
+// refuse, drop links, send stray bytes or delay its replies. Every frame it
+// receives is recorded so that tests can assert the exact bytes.
+//
+// Messages other than a login are ignored on a link that has not logged in.
+// Every setter may be called at any time from any thread; it applies to the
+// messages that follow.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace qvemu {
+
+struct CameraOptions {
+  std::string user = "admin";
+  std::string password = "admin";
+  std::string bind_address = "127.0.0.1";
+  uint16_t port = 0;              // 0: a free port, read back with Port()
+  bool front_replay = true;       // the ability list holds "front_replay"
+  std::string session_id = "emu-session-1";  // sent in the login reply
+  std::string config_document;    // initial configuration document; empty: a built-in default
+  bool verbose = false;           // print what it does (the program turns this on)
+  std::string key = "0123456789abcdef0123456789abcdef";  // KeyValue of the key reply
+  std::string user_data = "QV-EMU-0001";  // initial answer to code 1034
+  size_t record_limit = 10000;    // frames kept by Received(); the oldest go first
+};
+
+struct ReceivedFrame {
+  uint32_t flag = 0;              // frame flag as received: 0x51589158 plain, 0x52598157 encrypted
+  std::string payload;            // the exact payload bytes
+  std::string type, code, msg_flag;  // MESSAGE_HEADER attributes (empty when not parsable)
+  // Text between <MESSAGE_BODY> and </MESSAGE_BODY>, so with the line feeds
+  // the envelope puts around it; empty for "<MESSAGE_BODY/>".
+  std::string body;
+  int connection = 0;             // 1 for the first accepted link, 2 for the next, ...
+  unsigned long tick = 0;         // GetTickCount() at receipt
+};
+
+struct AlarmSpec {
+  int year = 2024, month = 1, day = 1, wday = 1, hour = 0, minute = 0, second = 0;
+  int code = 0, flag = 0, level = 0;
+  std::string data;
+};
+
+enum class LoginReply { Accept, Silent, Refuse };
+
+class Camera {
+ public:
+  explicit Camera(CameraOptions options = {});
+  ~Camera();                       // stops
+  bool Start();                    // listens; false on failure (or when already started)
+  void Stop();                     // closes every link and the listener
+  uint16_t Port() const;
+  const CameraOptions& Options() const;
+
+  // Faults; each takes effect for the messages that follow.
+  void SetLoginReply(LoginReply mode, int refuse_flag = -1);   // Silent: never answer login
+  void SetHeartbeatReplies(bool on);                           // off: heartbeats go unanswered
+  void SetReplyDelayMs(int ms);                                // every reply waits this long
+  void SetPtzReply(int flag, const std::string& code = "PTZ_CMD", const std::string& body = "");
+  void InjectBeforeNextReply(const std::string& raw_bytes);    // stray bytes or a crafted 8-byte header ahead of the next reply frame
+  void CloseLinks();                                           // drop every connected link now
+  void SetUserData(const std::string& bytes);                  // answered to code 1034 as UserDevData (hex)
+  // A canned reply body (and flag) for one Msg_type/Msg_code, overriding the
+  // built-in answer. A canned login reply with flag 0 logs the link in.
+  void SetReply(const std::string& type, long code, int flag, const std::string& body);
+  void SetReply(const std::string& type, const std::string& code, int flag,
+                const std::string& body);
+  void ClearReplies();                                         // forget every canned reply
+
+  // Pushed by the camera to every logged-in link; true when at least one
+  // link took the whole frame.
+  bool SendAlarm(const std::vector<AlarmSpec>& items);
+  bool SendFrame(const std::string& payload, uint32_t flag = 0x51589158);
+  bool SendRaw(const std::string& bytes);
+  // The same to one link by its connection number, logged in or not.
+  bool SendRawTo(int connection, const std::string& bytes);
+
+  // What it received, in order.
+  std::vector<ReceivedFrame> Received() const;
+  std::vector<ReceivedFrame> ReceivedOfType(const std::string& type) const;
+  // Waits until done(received frames) is true or the timeout passes; returns
+  // done's last answer. done runs on the calling thread on a copy.
+  bool WaitForFrames(const std::function<bool(const std::vector<ReceivedFrame>&)>& done,
+                     int timeout_ms) const;
+  void ClearReceived();
+  int Connections() const;         // links accepted so far
+  int OpenLinks() const;           // links open now
+  int Logins() const;              // successful logins so far
+  uint64_t SkippedBytes() const;   // stray bytes its reader hunted over
+  int BadLengths() const;          // frame headers dropped for their length
+
+  std::string ConfigDocument() const;
+  // Replaces the document; false (keeping the old one) when the text does
+  // not parse or its root is neither IPCConfig nor VEXORAConfig.
+  bool SetConfigDocument(const std::string& xml);
+
+  Camera(const Camera&) = delete;
+  Camera& operator=(const Camera&) = delete;
+
+ private:
+  class Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace qvemu
