@@ -123,6 +123,8 @@ class CRecordTask : public CThreadClass {
   // Closes the file after a failed write, keeping its ".tmp" name.
   void GiveUpFile();
   bool WriteBytes(const void* data, size_t length);
+  // A chunk's identifier and length; -1 (file given up) when they failed.
+  int WriteChunkHead(const char* id, int length);
 
   __STREAM_AV_PARAM params_;
   int max_file_seconds_ = 0;

@@ -124,6 +124,23 @@ int CRecordTask::WriteAVIIndex() {
   return 0;
 }
 
+int CRecordTask::WriteChunkHead(const char* id, int length) {
+  unsigned char head[12];
+  AviPutCode(head, id);
+  PutLe32(head + 8, static_cast<uint32_t>(length));
+  if (!WriteBytes(head, 8)) {
+    QV_LOG("[%s:%d]write flag_xxdc failed, errno=%d\n", errno);
+    GiveUpFile();
+    return -1;
+  }
+  if (!WriteBytes(head + 8, 4)) {
+    QV_LOG("[%s:%d]write len failed, errno=%d\n", errno);
+    GiveUpFile();
+    return -1;
+  }
+  return 0;
+}
+
 int CRecordTask::RecordOneVideoFrame(const unsigned char* data, int length, int flag) {
   if (record_fp_ == nullptr || data == nullptr || length <= 0) return -1;
   bool key = flag != 0;
@@ -142,19 +159,7 @@ int CRecordTask::RecordOneVideoFrame(const unsigned char* data, int length, int 
       vol_length = static_cast<int>(sizeof(params_.video.config));
     }
   }
-  unsigned char head[12];
-  AviPutCode(head, "00dc");
-  PutLe32(head + 8, static_cast<uint32_t>(vol_length + length));
-  if (!WriteBytes(head, 8)) {
-    QV_LOG("[%s:%d]write flag_xxdc failed, errno=%d\n", errno);
-    GiveUpFile();
-    return -1;
-  }
-  if (!WriteBytes(head + 8, 4)) {
-    QV_LOG("[%s:%d]write len failed, errno=%d\n", errno);
-    GiveUpFile();
-    return -1;
-  }
+  if (WriteChunkHead("00dc", vol_length + length) != 0) return -1;
   if (vol_length > 0 && !WriteBytes(params_.video.config, static_cast<size_t>(vol_length))) {
     QV_LOG("[%s:%d]write vol data failed, errno=%d\n", errno);
     GiveUpFile();
@@ -180,19 +185,7 @@ int CRecordTask::RecordOneAudioFrame(const unsigned char* data, int length, int)
     return -1;
   }
   if (data == nullptr || length <= 0) return 0;
-  unsigned char head[12];
-  AviPutCode(head, "01wb");
-  PutLe32(head + 8, static_cast<uint32_t>(length));
-  if (!WriteBytes(head, 8)) {
-    QV_LOG("[%s:%d]write flag_xxdc failed, errno=%d\n", errno);
-    GiveUpFile();
-    return -1;
-  }
-  if (!WriteBytes(head + 8, 4)) {
-    QV_LOG("[%s:%d]write len failed, errno=%d\n", errno);
-    GiveUpFile();
-    return -1;
-  }
+  if (WriteChunkHead("01wb", length) != 0) return -1;
   if (!WriteBytes(data, static_cast<size_t>(length))) {
     QV_LOG("[%s:%d]write frame data failed, errno=%d\n", errno);
     GiveUpFile();
