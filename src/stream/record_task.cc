@@ -1,0 +1,408 @@
+#include "stream/record_task.h"
+
+#include <fcntl.h>
+#include <strings.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <new>
+
+#include "base/compat.h"
+#include "base/debug_log.h"
+#include "base/time_scale.h"
+#include "stream/avi_header.h"
+#include "stream/disk_space.h"
+
+namespace {
+
+const int kRingSlots = 30;
+const int kMediaBufferSize = 1024000;
+const int kWriteBufferSize = 2097142;
+const unsigned long kAliveLogMs = 20000;
+const int kMinFileSeconds = 10;
+const int kMaxFileSeconds = 3600;
+
+// Codec text of a parameter block, terminated within its field.
+std::string CodecText(const char* field, size_t size) {
+  return std::string(field, strnlen(field, size));
+}
+
+bool IsOneOf(const std::string& text, std::initializer_list<const char*> names) {
+  for (const char* name : names) {
+    if (strcasecmp(text.c_str(), name) == 0) return true;
+  }
+  return false;
+}
+
+bool PathExists(const std::string& path) {
+  struct stat st;
+  return stat(path.c_str(), &st) == 0;
+}
+
+// mkdir -p with mode 0755; true when the folder exists afterwards.
+bool MakeFolders(const std::string& path) {
+  if (path.empty()) return false;
+  for (size_t at = 1; at <= path.size(); ++at) {
+    if (at == path.size() || path[at] == '/') {
+      std::string part = path.substr(0, at);
+      if (mkdir(part.c_str(), 0755) != 0 && errno != EEXIST) return false;
+    }
+  }
+  struct stat st;
+  return stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+// "name.avi" -> "name<suffix>.avi" (suffix before the extension, if any).
+std::string WithSuffix(const std::string& name, const std::string& suffix) {
+  size_t dot = name.find_last_of('.');
+  size_t slash = name.find_last_of('/');
+  if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) {
+    return name + suffix;
+  }
+  return name.substr(0, dot) + suffix + name.substr(dot);
+}
+
+}  // namespace
+
+CRecordTask::CRecordTask(const __STREAM_AV_PARAM* params, int max_file_seconds,
+                         int duration_seconds, CGetFrameActionClass* sink, int stream_kind)
+    : video_ring_(kRingSlots), audio_ring_(kRingSlots) {
+  SetDebugClassName("CRecordTask");
+  memset(&params_, 0, sizeof(params_));
+  video_ring_.SetBufferName("record_video_inbuffer");
+  audio_ring_.SetBufferName("record_audio_inbuffer");
+  SetTaskParam(params, max_file_seconds, duration_seconds, sink, stream_kind);
+}
+
+CRecordTask::~CRecordTask() { Stop(); }
+
+int CRecordTask::SetTaskParam(const __STREAM_AV_PARAM* params, int max_file_seconds,
+                              int duration_seconds, CGetFrameActionClass* sink, int stream_kind) {
+  max_file_seconds_ = max_file_seconds;
+  remaining_seconds_ = duration_seconds;
+  unlimited_ = duration_seconds <= 0;
+  sink_ = sink;
+  stream_kind_ = stream_kind;
+  if (params == nullptr) return -1;
+  params_ = *params;
+  const QV_VIDEO_PARAM& v = params_.video;
+  const QV_AUDIO_PARAM& a = params_.audio;
+  media_error_.clear();
+
+  std::string video = CodecText(v.codec, sizeof(v.codec));
+  video_enable_ = !video.empty();
+  video_codec_ = kAviVideoMpeg4;
+  if (video.empty()) {
+    QV_LOG("[%s:%d]media have no video stream!\n");
+  } else if (IsOneOf(video, {"H264", "H.264", "AVC"})) {
+    video_codec_ = kAviVideoH264;
+    QV_LOG("[%s:%d]video type is H264!\n");
+  } else if (IsOneOf(video, {"MPEG4", "MPEG-4", "MP4V"})) {
+    QV_LOG("[%s:%d]video type is MPEG4!\n");
+  } else {
+    QV_LOG("[%s:%d]unkown video codec: %s\n", video.c_str());
+    media_error_ = video;
+  }
+
+  std::string audio = CodecText(a.codec, sizeof(a.codec));
+  audio_enable_ = false;
+  if (audio.empty()) {
+    QV_LOG("[%s:%d]media have no audio stream\n");
+  } else if (IsOneOf(audio, {"G711U", "G711A", "G711", "PCMU", "PCMA"})) {
+    audio_enable_ = true;
+    audio_codec_ = kAviAudioG711;
+    QV_LOG("[%s:%d]audio type is G711!\n");
+  } else if (IsOneOf(audio, {"AAC", "MPEG4-GENERIC", "MP4A-LATM"})) {
+    audio_enable_ = true;
+    audio_codec_ = kAviAudioAac;
+    QV_LOG("[%s:%d]audio type is AAC!\n");
+  } else {
+    QV_LOG("[%s:%d]unkown audio codec: %s\n", audio.c_str());
+    if (media_error_.empty()) media_error_ = audio;
+  }
+
+  width_ = v.width > 0 ? v.width : 704;
+  height_ = v.height > 0 ? v.height : 576;
+  bit_rate_ = v.bit_rate > 0 ? v.bit_rate : 2097152;
+  frame_rate_ = v.frame_rate > 0 ? v.frame_rate : 25;
+  bool aac = audio_codec_ == kAviAudioAac;
+  sample_rate_ = a.sample_rate > 0 ? a.sample_rate : (aac ? 44100 : 8000);
+  bits_per_sample_ = a.bits_per_sample > 0 ? a.bits_per_sample : (aac ? 16 : 8);
+  channels_ = a.channels > 0 ? a.channels : 1;
+  return 0;
+}
+
+int CRecordTask::SetStorageBase(const char* base, int by_file_name) {
+  if (base == nullptr) return -1;
+  CriticalSectionGuard guard(&general_lock_);
+  storage_base_ = base;
+  by_file_name_ = by_file_name;
+  return 0;
+}
+
+const char* CRecordTask::GetStorageBase() { return storage_base_.c_str(); }
+
+std::string CRecordTask::FreeSpaceFolder() {
+  if (storage_base_.empty()) return std::string();
+  return ExistingFolderOf(by_file_name_ ? FolderOfFile(storage_base_) : storage_base_);
+}
+
+int CRecordTask::Start(int stack_size) { return CThreadClass::Start(stack_size); }
+
+int CRecordTask::Stop() { return Kill(-1); }
+
+void CRecordTask::SetClock(std::function<unsigned long()> clock) { clock_ = std::move(clock); }
+
+unsigned long CRecordTask::NowMs() {
+  if (clock_) return clock_();
+  return static_cast<unsigned long>(static_cast<double>(GetTickCount()) / GetTimerScale());
+}
+
+std::vector<std::string> CRecordTask::FinishedFiles() {
+  CriticalSectionGuard guard(&general_lock_);
+  return finished_;
+}
+
+void CRecordTask::SendEvent(int event, const char* text) {
+  if (sink_ != nullptr) sink_->OnRecordEvent(event, text != nullptr ? text : "");
+}
+
+int CRecordTask::CheckDiskFreeSpace(const char* path) { return ::CheckDiskFreeSpace(path); }
+
+int CRecordTask::FileLengthSeconds(long long remaining_seconds, int max_file_seconds) {
+  long long tolerance = static_cast<long long>(max_file_seconds) * 11 / 10;
+  long long seconds = max_file_seconds;
+  if (remaining_seconds <= tolerance) {
+    QV_LOG("[%s:%d]All the reset duration= %d < m_max_file_seconds * 11/10 = %d, use one file "
+           "to record all.\n",
+           static_cast<int>(remaining_seconds), static_cast<int>(tolerance));
+    seconds = remaining_seconds;
+  }
+  if (seconds < kMinFileSeconds) seconds = kMinFileSeconds;
+  if (seconds > kMaxFileSeconds) seconds = kMaxFileSeconds;
+  return static_cast<int>(seconds);
+}
+
+int CRecordTask::Thread() {
+  QV_LOG("[%s:%d]enter record task, waiting buffered data...,now tick=%d\n",
+         static_cast<int>(GetTickCount()));
+  QV_LOG("[%s:%d]recrod thread before RecordBegin, thread id = %d,m_audio_enable=%d\n",
+         static_cast<int>(GetCurrentThreadId()), audio_enable_ ? 1 : 0);
+  if (!media_error_.empty()) SendEvent(EVENT_RECORD_MEDIA_PARAM_ERROR, media_error_.c_str());
+
+  unsigned char* media = nullptr;
+  while (IsRunning() && (media = new (std::nothrow) unsigned char[kMediaBufferSize]) == nullptr) {
+    SleepMs(50);
+  }
+  if (media == nullptr) {
+    QV_LOG("[%s:%d]media_buffer = NULL--------------!!!!!!\n");
+  } else {
+    QV_LOG("[%s:%d]record task enter main loop, task_duration = %d\n",
+           static_cast<int>(remaining_seconds_));
+    unsigned long alive_at = GetTickCount();
+    while (IsRunning()) {
+      if (GetTickCount() - alive_at >= kAliveLogMs) {
+        alive_at = GetTickCount();
+        QV_LOG("[%s:%d]record thread is running ...\r\n");
+      }
+      if (storage_base_.empty()) {
+        SendEvent(EVNET_RECORD_FILEBEGIN_ERROR, "");
+        SleepThread(static_cast<int>(ScaledMs(1000)), 10);
+        continue;
+      }
+      std::string folder = FreeSpaceFolder();
+      if (CheckDiskFreeSpace(folder.c_str()) != 0) {
+        QV_LOG("[%s:%d]freespace is too small when fork new record task, stop recording\n");
+        SleepThread(static_cast<int>(ScaledMs(1000)), 10);
+        SendEvent(EVENT_RECORD_DISKFREESPACE_TOOLOW, "");
+        continue;
+      }
+      int ret = RecordBegin();
+      if (ret != 0) {
+        QV_LOG("[%s:%d]record begin failed, reader = %d\r\n", ret);
+        SleepThread(static_cast<int>(ScaledMs(100)), 10);
+        continue;
+      }
+      int file_seconds =
+          FileLengthSeconds(unlimited_ ? LLONG_MAX : remaining_seconds_, max_file_seconds_);
+      RecordFrames(media, file_seconds);
+      QV_LOG("[%s:%d]record one file exit loop,start close avi file.\n");
+      unsigned long elapsed_ms = NowMs() - begin_ms_;
+      ret = RecordEnd();
+      if (ret != 0) QV_LOG("[%s:%d]record end failed, reader = %d\n", ret);
+      remaining_seconds_ -= static_cast<long long>(elapsed_ms / 1000);
+      if (!unlimited_ && remaining_seconds_ < 1) {
+        QV_LOG("[%s:%d]video record thread exit,all time reached--------\r\n");
+        break;
+      }
+    }
+  }
+  delete[] media;
+  SendEvent(EVENT_RECORD_TASKEND, "");
+  QV_LOG("[%s:%d]CRecordTask::RecordThreadAction record task exited.\n");
+  return 0;
+}
+
+void CRecordTask::RecordFrames(unsigned char* media, int file_seconds) {
+  const unsigned long file_ms = static_cast<unsigned long>(file_seconds) * 1000UL;
+  const unsigned long idle_ms = ScaledMs(50);
+  unsigned long alive_at = GetTickCount();
+  while (IsRunning() && record_fp_ != nullptr) {
+    unsigned long elapsed = NowMs() - begin_ms_;
+    if (GetTickCount() - alive_at >= kAliveLogMs) {
+      alive_at = GetTickCount();
+      QV_LOG("[%s:%d]record thread is running (has record %d miseconds,need record %d "
+             "miseconds)...\r\n",
+             static_cast<int>(elapsed), static_cast<int>(file_ms));
+    }
+    if (elapsed > file_ms) {
+      int key = 0;
+      // Without video no key frame will come: the length alone ends the file.
+      if (!video_enable_ || (video_ring_.IsKeyFrame(&key) && key != 0)) {
+        QV_LOG("[%s:%d]avi record duration reached.\n");
+        return;
+      }
+    }
+    double video_ts = 0, audio_ts = 0;
+    bool has_video = video_ring_.GetReadTimeStamp(&video_ts) != 0;
+    bool has_audio = audio_enable_ && audio_ring_.GetReadTimeStamp(&audio_ts) != 0;
+    if (!has_video && !has_audio) {
+      SleepMs(idle_ms);
+      continue;
+    }
+    int flag = 0;
+    double ts = 0;
+    if (has_audio && (!has_video || audio_ts <= video_ts)) {
+      int length = audio_ring_.Read(media, kMediaBufferSize, &flag, &ts);
+      if (length > 0) RecordOneAudioFrame(media, length, flag);
+      continue;
+    }
+    if (audio_enable_ && !has_audio) QV_LOG("[%s:%d][%s][%d]read v\n", "record", video_frames_);
+    int length = video_ring_.Read(media, kMediaBufferSize, &flag, &ts);
+    if (length <= 0) {
+      QV_LOG("[%s:%d]read video frame failed!\n");
+      SleepMs(ScaledMs(10));
+      continue;
+    }
+    RecordOneVideoFrame(media, length, flag);
+  }
+}
+
+int CRecordTask::MakeFileNames() {
+  SYSTEMTIME st;
+  GetLocalTime(&st);
+  ++file_number_;
+  if (by_file_name_) {
+    final_name_ = file_number_ == 1 ? storage_base_
+                                    : WithSuffix(storage_base_, "-" + std::to_string(file_number_));
+    std::string folder = FolderOfFile(final_name_);
+    if (!MakeFolders(folder)) {
+      QV_LOG("[%s:%d]mkdir :%s fail\n", folder.c_str());
+      SendEvent(EVNET_RECORD_FILEBEGIN_ERROR, folder.c_str());
+      return -1;
+    }
+  } else {
+    char day[32];
+    snprintf(day, sizeof(day), "/%04d-%02d-%02d", st.tm_year, st.tm_mon + 1, st.tm_mday);
+    std::string day_folder = storage_base_ + day;
+    if (!MakeFolders(day_folder)) {
+      QV_LOG("[%s:%d]mkdir :%s fail\n", day_folder.c_str());
+      SendEvent(EVNET_RECORD_FILEBEGIN_ERROR, day_folder.c_str());
+      return -1;
+    }
+    int number = stream_kind_;
+    if (number != 1 && number != 2) number = (width_ >= 640 || height_ >= 480) ? 1 : 2;
+    char name[64];
+    snprintf(name, sizeof(name), "/%02d%02d%02d-%s-%d.avi", st.tm_hour, st.tm_min, st.tm_sec,
+             audio_enable_ ? "av" : "vv", number);
+    final_name_ = day_folder + name;
+    for (int n = 2; PathExists(final_name_) || PathExists(final_name_ + ".tmp"); ++n) {
+      final_name_ = day_folder + WithSuffix(name, "_" + std::to_string(n));
+    }
+  }
+  temp_name_ = final_name_ + ".tmp";
+  return 0;
+}
+
+int CRecordTask::RecordBegin() {
+  video_frames_ = 0;
+  audio_frames_ = 0;
+  movie_bytes_ = 0;
+  first_key_seen_ = false;
+  vol_written_ = false;
+  if (InitAVIHeader() != 0) {
+    QV_LOG("[%s:%d]InitAVIHeader failed!\n");
+    SendEvent(EVENT_RECORD_INITAVIHEAD_ERROR, "");
+    return -1;
+  }
+  InitAVIIndex();
+  if (storage_base_.empty()) {
+    SendEvent(EVNET_RECORD_FILEBEGIN_ERROR, "");
+    return -1;
+  }
+  if (MakeFileNames() != 0) return -1;
+  QV_LOG("[%s:%d]localbase:%s, byfilename:%d\n", storage_base_.c_str(), by_file_name_);
+  QV_LOG("[%s:%d]filename:%s\n", temp_name_.c_str());
+
+  // A directory recording never takes over another file; a named file is
+  // the caller's to overwrite.
+  int flags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | (by_file_name_ ? 0 : O_EXCL);
+  int fd = open(temp_name_.c_str(), flags, 0644);
+  if (!write_buffer_) write_buffer_.reset(new (std::nothrow) char[kWriteBufferSize]);
+  record_fp_ = fd >= 0 ? fdopen(fd, "wb") : nullptr;
+  if (record_fp_ == nullptr) {
+    if (fd >= 0) close(fd);
+    SendEvent(EVNET_RECORD_FILEBEGIN_ERROR, temp_name_.c_str());
+    QV_LOG("[%s:%d]open %s failed!\n", temp_name_.c_str());
+    return -2;
+  }
+  if (write_buffer_) setvbuf(record_fp_, write_buffer_.get(), _IOFBF, kWriteBufferSize);
+  SendEvent(EVNET_RECORD_FILEBEGIN, final_name_.c_str());
+  if (WriteAVIHeader() != 0) {
+    SendEvent(EVNET_RECORD_WRITE_FILE_ERROR, final_name_.c_str());
+    QV_LOG("[%s:%d]write avi header failed!\n");
+    fclose(record_fp_);
+    record_fp_ = nullptr;
+    remove(temp_name_.c_str());
+    return -4;
+  }
+  begin_ms_ = NowMs();
+  return 0;
+}
+
+int CRecordTask::RecordEnd() {
+  if (record_fp_ == nullptr) return -1;
+  int result = 0;
+  if (WriteAVIIndex() != 0) result = -1;
+  UpdateAVIHeader();
+  if (WriteAVIHeader() != 0) result = -1;
+  QV_LOG("[%s:%d]write finished. start flush and closing...\n");
+  if (fclose(record_fp_) != 0) result = -1;
+  record_fp_ = nullptr;
+  QV_LOG("[%s:%d]change file name from: %s to %s\n", temp_name_.c_str(), final_name_.c_str());
+  if (rename(temp_name_.c_str(), final_name_.c_str()) != 0) {
+    QV_LOG("[%s:%d]rename %s failed, errno=%d\n", temp_name_.c_str(), errno);
+    result = -1;
+  }
+  QV_LOG("[%s:%d]video frame = %d, audio frame = %d\n", video_frames_, audio_frames_);
+  if (result != 0) {
+    SendEvent(EVNET_RECORD_WRITE_FILE_ERROR, final_name_.c_str());
+    return result;
+  }
+  {
+    CriticalSectionGuard guard(&general_lock_);
+    finished_.push_back(final_name_);
+  }
+  SendEvent(EVENT_RECORD_FILEEND, final_name_.c_str());
+  return 0;
+}
+
+void CRecordTask::GiveUpFile() {
+  if (record_fp_ == nullptr) return;
+  fclose(record_fp_);
+  record_fp_ = nullptr;
+  SendEvent(EVNET_RECORD_WRITE_FILE_ERROR, final_name_.c_str());
+}

@@ -1,0 +1,166 @@
+// CRecordTask: records one live stream to AVI files.
+//
+// The stream's owner writes every video and audio frame into the task's two
+// rings (VideoRing()/AudioRing(), 30 slots each, fed with Write only: flag =
+// key-frame mark for video, time stamp in milliseconds on one clock for both)
+// under its named lock "record_task_object". The record thread takes frames
+// out in time order (audio first on equal stamps) and writes them to the
+// current file; once the file length has passed it starts the next file at
+// the next video key frame, until the recording's duration is used up or
+// Stop() is called. Every file is written as "<name>.tmp" and moved to its
+// final name when it is closed.
+//
+// Files: with a storage directory, one folder per day "YYYY-MM-DD" under it
+// and files "HHMMSS-av-N.avi" (audio and video) or "HHMMSS-vv-N.avi" (video
+// only), N = the stream kind when 1 or 2, else 1 for 640x480 and larger and
+// 2 below; a name already taken gets "_2", "_3", ... before ".avi". With a
+// file name, that name; should the 3,600 s cap split it, later files get
+// "-2", "-3", ... before the extension.
+//
+// Lengths: a file lasts the maximum seconds per file, or the whole remaining
+// duration when that is at most 11/10 of it; either way 10 to 3,600 s. A
+// duration of 0 or less records until Stop(). Time runs on the task's clock
+// (SetClock); by default the monotonic clock, sped up by the timer scale
+// (base/time_scale.h).
+//
+// Events to the sink (OnRecordEvent, on the record thread): 42 a file was
+// opened (final path), 43 a file was closed and renamed (final path), 44 the
+// task ended (""), 45 too little free space (""), 46 a file or its folder
+// could not be made (that path), 47 writing or renaming a file failed (final
+// path), 48 the header could not be built (""), 49 the stream parameters name
+// a codec the recorder does not know (the codec name).
+//
+// File format: the header image of avi_header.h; then chunks of an 8-byte
+// identifier ("00dc" or "01wb" and four zero bytes), a 4-byte little-endian
+// length and the frame bytes, with no padding; then the index: the word
+// "idx1", a word with 32 x entries, and per chunk (audio too) four words:
+// identifier, flags (16 = key frame; audio is always 16), offset of the
+// chunk from the "movi" word, length. At the end the header is rewritten
+// with the file size - 8 (offset 8), the video frame count (96) and the
+// movie list size ("movi" word and chunks).
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/thread_class.h"
+#include "quorvel/quorvel.h"
+#include "stream/frame_action.h"
+#include "stream/ring_buffer.h"
+
+class CRecordTask : public CThreadClass {
+ public:
+  CRecordTask(const __STREAM_AV_PARAM* params, int max_file_seconds, int duration_seconds,
+              CGetFrameActionClass* sink, int stream_kind);
+  ~CRecordTask() override;
+
+  // Copies the stream parameters and settings (before Start). 0; -1 when
+  // params is null.
+  int SetTaskParam(const __STREAM_AV_PARAM* params, int max_file_seconds, int duration_seconds,
+                   CGetFrameActionClass* sink, int stream_kind);
+  // A storage directory, or with by_file_name the final ".avi" file name.
+  // -1 for null; 0.
+  int SetStorageBase(const char* base, int by_file_name);
+  const char* GetStorageBase();
+  // The folder whose free space decides whether a file may start.
+  std::string FreeSpaceFolder();
+
+  int Start(int stack_size = 0) override;  // starts the record thread
+  int Stop();  // stops and joins it; the open file is closed and renamed
+  int Thread() override;
+
+  CRingBuffer* VideoRing() { return &video_ring_; }  // "record_video_inbuffer"
+  CRingBuffer* AudioRing() { return &audio_ring_; }  // "record_audio_inbuffer"
+
+  // One file: opens and writes the header (0; -1 header or folder, -2 open,
+  // -4 header write), and closes it with index, final header and rename.
+  int RecordBegin();
+  int RecordEnd();
+  // One chunk each; 0, or -1 when the file had to be given up. Video before
+  // the file's first key frame is dropped (0).
+  int RecordOneVideoFrame(const unsigned char* data, int length, int flag);
+  int RecordOneAudioFrame(const unsigned char* data, int length, int flag);
+
+  int InitAVIHeader();    // builds the image for the stream (0 or -1)
+  int UpdateAVIHeader();  // sizes and counts into the image
+  int WriteAVIHeader();   // the image at the start of the file (0 or -1)
+  int InitAVIIndex();
+  int AddAVIIndex(const char* id, int flags, int length);
+  int WriteAVIIndex();
+  int CheckDiskFreeSpace(const char* path);
+
+  // Length of the next file in seconds for the remaining duration.
+  static int FileLengthSeconds(long long remaining_seconds, int max_file_seconds);
+
+  // The clock of file lengths and durations, in milliseconds; set before
+  // Start. An empty function restores the default.
+  void SetClock(std::function<unsigned long()> clock);
+
+  // Final names of the files closed so far, in order.
+  std::vector<std::string> FinishedFiles();
+  // Frames written into the current (or last) file.
+  int VideoFrames() const { return video_frames_; }
+  int AudioFrames() const { return audio_frames_; }
+
+ private:
+  struct IndexEntry {
+    uint32_t id;  // 0 video, 1 audio
+    uint32_t flags;
+    uint64_t offset;
+    uint32_t length;
+  };
+
+  unsigned long NowMs();
+  void SendEvent(int event, const char* text);
+  // Writes frames into the open file until the stop, a failed write, or the
+  // file length followed by a key frame.
+  void RecordFrames(unsigned char* media, int file_seconds);
+  int MakeFileNames();  // final_name_ and temp_name_ (0, or -1)
+  // Closes the file after a failed write, keeping its ".tmp" name.
+  void GiveUpFile();
+  bool WriteBytes(const void* data, size_t length);
+  // A chunk's identifier and length; -1 (file given up) when they failed.
+  int WriteChunkHead(const char* id, int length);
+
+  __STREAM_AV_PARAM params_;
+  int max_file_seconds_ = 0;
+  long long remaining_seconds_ = 0;
+  bool unlimited_ = false;
+  int stream_kind_ = 0;
+  CGetFrameActionClass* sink_ = nullptr;
+  std::string storage_base_;
+  int by_file_name_ = 0;
+
+  // What the parameters tell.
+  bool video_enable_ = false;
+  bool audio_enable_ = false;
+  int video_codec_ = 0;
+  int audio_codec_ = 0;
+  int width_ = 0, height_ = 0, bit_rate_ = 0, frame_rate_ = 0;
+  int sample_rate_ = 0, bits_per_sample_ = 0, channels_ = 0;
+  std::string media_error_;  // codec name for event 49, empty when fine
+
+  CRingBuffer video_ring_;
+  CRingBuffer audio_ring_;
+
+  FILE* record_fp_ = nullptr;
+  std::unique_ptr<char[]> write_buffer_;
+  std::vector<unsigned char> header_;
+  std::vector<IndexEntry> index_;
+  int video_frames_ = 0;
+  int audio_frames_ = 0;
+  uint64_t movie_bytes_ = 0;  // chunk bytes after the "movi" word
+  bool first_key_seen_ = false;
+  bool vol_written_ = false;
+  int file_number_ = 0;       // files begun by this task
+  unsigned long begin_ms_ = 0;
+
+  std::string final_name_;
+  std::string temp_name_;
+  std::vector<std::string> finished_;
+  std::function<unsigned long()> clock_;
+};

@@ -1,0 +1,185 @@
+#include "record_helper.h"
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+
+namespace {
+
+void RemoveTree(const std::string& path) {
+  DIR* dir = opendir(path.c_str());
+  if (dir != nullptr) {
+    while (struct dirent* e = readdir(dir)) {
+      if (strcmp(e->d_name, ".") == 0 || strcmp(e->d_name, "..") == 0) continue;
+      RemoveTree(path + "/" + e->d_name);
+    }
+    closedir(dir);
+    rmdir(path.c_str());
+  } else {
+    unlink(path.c_str());
+  }
+}
+
+void Collect(const std::string& dir, std::vector<std::string>* out) {
+  DIR* d = opendir(dir.c_str());
+  if (d == nullptr) return;
+  while (struct dirent* e = readdir(d)) {
+    if (strcmp(e->d_name, ".") == 0 || strcmp(e->d_name, "..") == 0) continue;
+    std::string p = dir + "/" + e->d_name;
+    struct stat st;
+    if (stat(p.c_str(), &st) != 0) continue;
+    if (S_ISDIR(st.st_mode)) {
+      Collect(p, out);
+    } else {
+      out->push_back(p);
+    }
+  }
+  closedir(d);
+}
+
+}  // namespace
+
+TempDir::TempDir() {
+  char templ[] = "./rec_test_XXXXXX";
+  char* made = mkdtemp(templ);
+  char* real = made != nullptr ? realpath(made, nullptr) : nullptr;
+  path_ = real != nullptr ? real : "";
+  free(real);
+}
+
+TempDir::~TempDir() {
+  if (!path_.empty()) RemoveTree(path_);
+}
+
+int EventLog::OnRecordEvent(int event, const char* text) {
+  std::lock_guard<std::mutex> guard(mutex_);
+  events_.emplace_back(event, text != nullptr ? text : "");
+  changed_.notify_all();
+  return 0;
+}
+
+bool EventLog::WaitFor(int event, int times, int timeout_ms) {
+  std::unique_lock<std::mutex> lock(mutex_);
+  return changed_.wait_for(lock, std::chrono::milliseconds(timeout_ms), [&] {
+    return std::count_if(events_.begin(), events_.end(),
+                         [&](const std::pair<int, std::string>& e) { return e.first == event; }) >=
+           times;
+  });
+}
+
+int EventLog::Count(int event) {
+  std::lock_guard<std::mutex> guard(mutex_);
+  return static_cast<int>(
+      std::count_if(events_.begin(), events_.end(),
+                    [&](const std::pair<int, std::string>& e) { return e.first == event; }));
+}
+
+std::vector<std::pair<int, std::string>> EventLog::Events() {
+  std::lock_guard<std::mutex> guard(mutex_);
+  return events_;
+}
+
+uint64_t WordAt(const std::vector<uint8_t>& b, size_t at) {
+  uint64_t v = 0;
+  if (at + 8 > b.size()) return ~0ULL;
+  for (int i = 7; i >= 0; --i) v = (v << 8) | b[at + static_cast<size_t>(i)];
+  return v;
+}
+
+std::string CodeAt(const std::vector<uint8_t>& b, size_t at) {
+  if (at + 8 > b.size()) return "";
+  if (WordAt(b, at) >> 32 != 0) return "?";
+  return std::string(reinterpret_cast<const char*>(&b[at]), 4);
+}
+
+int RecordedFile::Count(const std::string& id) const {
+  return static_cast<int>(std::count_if(chunks.begin(), chunks.end(),
+                                        [&](const RecordedChunk& c) { return c.id == id; }));
+}
+
+RecordedFile ReadRecording(const std::string& path) {
+  RecordedFile f;
+  f.bytes = ReadFileBytes(path);
+  const std::vector<uint8_t>& b = f.bytes;
+  if (CodeAt(b, 0) != "RIFF") {
+    f.error = "no RIFF word";
+    return f;
+  }
+  uint64_t streams = WordAt(b, 112);
+  f.header_size = streams == 2 ? 10296 : 5960;
+  if (CodeAt(b, f.header_size - 8) != "movi") {
+    f.error = "no movi word";
+    return f;
+  }
+  size_t at = f.header_size;
+  while (at + 12 <= b.size()) {
+    std::string id = CodeAt(b, at);
+    if (id == "idx1") break;
+    if (id != "00dc" && id != "01wb") {
+      f.error = "bad chunk id at " + std::to_string(at);
+      return f;
+    }
+    uint32_t len = b[at + 8] | (b[at + 9] << 8) | (b[at + 10] << 16) |
+                   (static_cast<uint32_t>(b[at + 11]) << 24);
+    if (at + 12 + len > b.size()) {
+      f.error = "chunk past the end";
+      return f;
+    }
+    RecordedChunk c;
+    c.id = id;
+    c.offset = at - (f.header_size - 8);
+    c.data.assign(b.begin() + static_cast<long>(at + 12),
+                  b.begin() + static_cast<long>(at + 12 + len));
+    f.chunks.push_back(std::move(c));
+    at += 12 + len;
+  }
+  if (at + 16 <= b.size() && CodeAt(b, at) == "idx1") {
+    f.has_index = true;
+    uint64_t len = WordAt(b, at + 8);
+    if (at + 16 + len != b.size() || len % 32 != 0) {
+      f.error = "index length does not match the file";
+      return f;
+    }
+    for (size_t p = at + 16; p < b.size(); p += 32) {
+      f.index.push_back({CodeAt(b, p), WordAt(b, p + 8), WordAt(b, p + 16), WordAt(b, p + 24)});
+    }
+  }
+  return f;
+}
+
+std::vector<uint8_t> ReadFileBytes(const std::string& path) {
+  std::vector<uint8_t> out;
+  FILE* f = fopen(path.c_str(), "rb");
+  if (f == nullptr) return out;
+  uint8_t buf[65536];
+  size_t n;
+  while ((n = fread(buf, 1, sizeof(buf), f)) > 0) out.insert(out.end(), buf, buf + n);
+  fclose(f);
+  return out;
+}
+
+bool WriteFileBytes(const std::string& path, const std::vector<uint8_t>& bytes) {
+  FILE* f = fopen(path.c_str(), "wb");
+  if (f == nullptr) return false;
+  bool ok = fwrite(bytes.data(), 1, bytes.size(), f) == bytes.size();
+  return fclose(f) == 0 && ok;
+}
+
+bool FileExists(const std::string& path) {
+  struct stat st;
+  return stat(path.c_str(), &st) == 0;
+}
+
+std::vector<std::string> ListFiles(const std::string& dir) {
+  std::vector<std::string> out;
+  Collect(dir, &out);
+  std::sort(out.begin(), out.end());
+  return out;
+}

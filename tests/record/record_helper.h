@@ -1,0 +1,86 @@
+// Shared pieces of the recorder and converter tests.
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "stream/frame_action.h"
+
+// A fresh folder under the test's working directory, removed at the end.
+class TempDir {
+ public:
+  TempDir();
+  ~TempDir();
+  const std::string& path() const { return path_; }
+  std::string operator/(const std::string& name) const { return path_ + "/" + name; }
+
+ private:
+  std::string path_;
+};
+
+// Collects record events; waits for them with a deadline.
+class EventLog : public CGetFrameActionClass {
+ public:
+  int OnGetVideoFrame(unsigned char*, int, int, double) override { return 0; }
+  int OnGetAudioFrame(unsigned char*, int, int, double) override { return 0; }
+  int OnRecordEvent(int event, const char* text) override;
+
+  // True when `event` has been seen `times` times within timeout_ms.
+  bool WaitFor(int event, int times = 1, int timeout_ms = 20000);
+  int Count(int event);
+  std::vector<std::pair<int, std::string>> Events();
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::vector<std::pair<int, std::string>> events_;
+};
+
+// Waits up to timeout_ms for cond() to hold, polling every millisecond.
+template <typename Cond>
+bool WaitUntil(Cond cond, int timeout_ms = 20000);
+
+// A recording read back chunk by chunk, independently of the library's
+// reader.
+struct RecordedChunk {
+  std::string id;           // "00dc" or "01wb"
+  uint64_t offset;          // from the "movi" word
+  std::vector<uint8_t> data;
+};
+struct RecordedIndexRow {
+  std::string id;
+  uint64_t flags, offset, length;
+};
+struct RecordedFile {
+  std::vector<uint8_t> bytes;
+  size_t header_size = 0;
+  std::vector<RecordedChunk> chunks;
+  std::vector<RecordedIndexRow> index;
+  bool has_index = false;
+  std::string error;  // empty when the file parsed cleanly
+  int Count(const std::string& id) const;
+};
+RecordedFile ReadRecording(const std::string& path);
+
+std::vector<uint8_t> ReadFileBytes(const std::string& path);
+bool WriteFileBytes(const std::string& path, const std::vector<uint8_t>& bytes);
+bool FileExists(const std::string& path);
+// Regular files below dir (recursively), sorted.
+std::vector<std::string> ListFiles(const std::string& dir);
+// 64-bit little-endian word and four-character code at an offset.
+uint64_t WordAt(const std::vector<uint8_t>& b, size_t at);
+std::string CodeAt(const std::vector<uint8_t>& b, size_t at);
+
+template <typename Cond>
+bool WaitUntil(Cond cond, int timeout_ms) {
+  for (int waited = 0; waited < timeout_ms; ++waited) {
+    if (cond()) return true;
+    struct timespec ts = {0, 1000000};
+    nanosleep(&ts, nullptr);
+  }
+  return cond();
+}

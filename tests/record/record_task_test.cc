@@ -1,0 +1,357 @@
+#include "stream/record_task.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <cstring>
+#include <regex>
+
+#include "base/time_scale.h"
+#include "record_helper.h"
+#include "stream/disk_space.h"
+
+namespace {
+
+__STREAM_AV_PARAM Params(const char* video, const char* audio, int w = 1280, int h = 720) {
+  __STREAM_AV_PARAM p;
+  memset(&p, 0, sizeof(p));
+  strcpy(p.video.codec, video);
+  p.video.width = w;
+  p.video.height = h;
+  p.video.frame_rate = 25;
+  p.video.bit_rate = 2000000;
+  strcpy(p.audio.codec, audio);
+  p.audio.sample_rate = 8000;
+  p.audio.bits_per_sample = 8;
+  p.audio.channels = 1;
+  return p;
+}
+
+// A frame whose bytes say which one it is: first byte = kind, then the
+// sequence number, then filler.
+std::vector<unsigned char> Frame(unsigned char kind, int seq, int length = 64) {
+  std::vector<unsigned char> f(static_cast<size_t>(length), static_cast<unsigned char>(seq));
+  f[0] = kind;
+  memcpy(&f[1], &seq, sizeof(seq));
+  return f;
+}
+
+int SeqOf(const std::vector<uint8_t>& data) {
+  int seq = -1;
+  if (data.size() >= 5) memcpy(&seq, &data[1], sizeof(seq));
+  return seq;
+}
+
+void WriteVideo(CRecordTask& task, int seq, bool key, double ts, int length = 64) {
+  std::vector<unsigned char> f = Frame('V', seq, length);
+  task.VideoRing()->Write(f.data(), length, key ? 1 : 0, ts);
+}
+
+void WriteAudio(CRecordTask& task, int seq, double ts) {
+  std::vector<unsigned char> f = Frame('A', seq, 160);
+  task.AudioRing()->Write(f.data(), 160, 0, ts);
+}
+
+bool RingsEmpty(CRecordTask& task) {
+  return task.VideoRing()->GetReadCount() == 0 && task.AudioRing()->GetReadCount() == 0;
+}
+
+// The whole file agrees with itself: header words, chunks and index.
+void ExpectConsistent(const RecordedFile& f) {
+  ASSERT_EQ(f.error, "");
+  ASSERT_TRUE(f.has_index);
+  EXPECT_EQ(WordAt(f.bytes, 8), f.bytes.size() - 8);
+  EXPECT_EQ(WordAt(f.bytes, 96), static_cast<uint64_t>(f.Count("00dc")));
+  uint64_t movie = 8;
+  for (const RecordedChunk& c : f.chunks) movie += 12 + c.data.size();
+  EXPECT_EQ(WordAt(f.bytes, f.header_size - 16), movie);
+  ASSERT_EQ(f.index.size(), f.chunks.size());
+  for (size_t i = 0; i < f.chunks.size(); ++i) {
+    EXPECT_EQ(f.index[i].id, f.chunks[i].id);
+    EXPECT_EQ(f.index[i].offset, f.chunks[i].offset);
+    EXPECT_EQ(f.index[i].length, f.chunks[i].data.size());
+    if (f.chunks[i].id == "01wb") {
+      EXPECT_EQ(f.index[i].flags, 16u);
+    }
+  }
+}
+
+class RecordTaskTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_FALSE(dir_.path().empty());
+    SetDiskFreeCommand("echo 2097152 #%s");
+    SetTimerScale(0.02);  // idle polls of 1 ms
+  }
+  void TearDown() override {
+    SetDiskFreeCommand(nullptr);
+    SetTimerScale(1.0);
+  }
+
+  TempDir dir_;
+  EventLog events_;
+};
+
+TEST_F(RecordTaskTest, AudioAndVideoInTimeOrderFromTheFirstKeyFrame) {
+  __STREAM_AV_PARAM p = Params("H264", "G711U");
+  CRecordTask task(&p, 300, 300, &events_, 0);
+  task.SetStorageBase(dir_.path().c_str(), 0);
+  // Queued before the thread starts, so the order is the recorder's alone.
+  WriteVideo(task, 0, false, 0);   // before the first key frame: dropped
+  WriteAudio(task, 100, 0);
+  WriteVideo(task, 1, true, 40);
+  WriteAudio(task, 101, 40);       // same stamp as video 1: goes first
+  WriteVideo(task, 2, false, 80);
+  WriteAudio(task, 102, 100);
+  WriteVideo(task, 3, true, 120);
+  std::vector<unsigned char> huge(600000, 1);  // beyond the ring: not stored
+  task.VideoRing()->Write(huge.data(), 600000, 1, 130);
+  WriteVideo(task, 4, false, 160);
+  ASSERT_EQ(task.Start(), 0);
+  ASSERT_TRUE(WaitUntil([&] { return RingsEmpty(task) && task.VideoFrames() == 4; }));
+  task.Stop();
+
+  std::vector<std::string> files = ListFiles(dir_.path());
+  ASSERT_EQ(files.size(), 1u);
+  EXPECT_TRUE(std::regex_match(files[0], std::regex(".*/\\d{4}-\\d{2}-\\d{2}/\\d{6}-av-1\\.avi")))
+      << files[0];
+  EXPECT_EQ(task.FinishedFiles(), files);
+
+  RecordedFile f = ReadRecording(files[0]);
+  ExpectConsistent(f);
+  std::vector<std::string> order;
+  for (const RecordedChunk& c : f.chunks) order.push_back(c.id + std::to_string(SeqOf(c.data)));
+  EXPECT_EQ(order, (std::vector<std::string>{"01wb100", "01wb101", "00dc1", "00dc2", "01wb102",
+                                             "00dc3", "00dc4"}));
+  EXPECT_EQ(f.index[2].flags, 16u);  // video 1, a key frame
+  EXPECT_EQ(f.index[3].flags, 0u);
+  EXPECT_EQ(f.chunks[2].data, Frame('V', 1));
+
+  EXPECT_TRUE(events_.WaitFor(EVENT_RECORD_TASKEND));
+  auto ev = events_.Events();
+  ASSERT_GE(ev.size(), 3u);
+  EXPECT_EQ(ev[0], std::make_pair(static_cast<int>(EVNET_RECORD_FILEBEGIN), files[0]));
+  EXPECT_EQ(ev[1], std::make_pair(static_cast<int>(EVENT_RECORD_FILEEND), files[0]));
+  EXPECT_EQ(ev[2].first, EVENT_RECORD_TASKEND);
+}
+
+TEST_F(RecordTaskTest, VideoOnlyNameSmallPictureAndStreamKind) {
+  __STREAM_AV_PARAM p = Params("H264", "", 352, 288);
+  {
+    CRecordTask task(&p, 300, 300, &events_, 0);
+    task.SetStorageBase(dir_.path().c_str(), 0);
+    WriteVideo(task, 1, true, 0);
+    task.Start();
+    ASSERT_TRUE(WaitUntil([&] { return task.VideoFrames() == 1; }));
+    task.Stop();
+    ASSERT_EQ(task.FinishedFiles().size(), 1u);
+    EXPECT_TRUE(std::regex_match(task.FinishedFiles()[0], std::regex(".*/\\d{6}-vv-2\\.avi")));
+    RecordedFile f = ReadRecording(task.FinishedFiles()[0]);
+    EXPECT_EQ(f.header_size, 5960u);
+    ExpectConsistent(f);
+  }
+  // Stream kind 1 names the file whatever the picture size; a name already
+  // taken in the same second gets a suffix instead of being overwritten.
+  std::vector<std::string> names;
+  for (int i = 0; i < 2; ++i) {
+    CRecordTask task(&p, 300, 300, &events_, 1);
+    task.SetStorageBase(dir_.path().c_str(), 0);
+    WriteVideo(task, 1, true, 0);
+    task.Start();
+    ASSERT_TRUE(WaitUntil([&] { return task.VideoFrames() == 1; }));
+    task.Stop();
+    names.push_back(task.FinishedFiles().at(0));
+  }
+  EXPECT_TRUE(std::regex_match(names[0], std::regex(".*/\\d{6}-vv-1(_2)?\\.avi"))) << names[0];
+  EXPECT_NE(names[0], names[1]);
+  EXPECT_EQ(ListFiles(dir_.path()).size(), 3u);
+}
+
+TEST_F(RecordTaskTest, TrailerIsCutOnlyWhenItsWordsSaySo) {
+  __STREAM_AV_PARAM p = Params("H264", "");
+  CRecordTask task(&p, 300, 300, &events_, 0);
+  task.SetStorageBase(dir_.path().c_str(), 0);
+  auto with_trailer = [](int seq, uint64_t third, uint64_t fourth) {
+    std::vector<unsigned char> f = Frame('V', seq, 100);
+    uint64_t words[4] = {0x1A2B3C4D, 7, third, fourth};
+    f.resize(132);
+    memcpy(&f[100], words, sizeof(words));
+    return f;
+  };
+  std::vector<unsigned char> cut = with_trailer(1, 9, 9);
+  std::vector<unsigned char> kept = with_trailer(2, 8, 9);
+  task.VideoRing()->Write(cut.data(), 132, 1, 0);
+  task.VideoRing()->Write(kept.data(), 132, 0, 40);
+  task.Start();
+  ASSERT_TRUE(WaitUntil([&] { return task.VideoFrames() == 2; }));
+  task.Stop();
+  RecordedFile f = ReadRecording(task.FinishedFiles().at(0));
+  ExpectConsistent(f);
+  ASSERT_EQ(f.chunks.size(), 2u);
+  EXPECT_EQ(f.chunks[0].data, std::vector<uint8_t>(cut.begin(), cut.begin() + 100));
+  EXPECT_EQ(f.chunks[1].data, std::vector<uint8_t>(kept.begin(), kept.end()));
+}
+
+TEST_F(RecordTaskTest, Mpeg4VolHeaderGoesAheadOfTheFirstFrameOnly) {
+  __STREAM_AV_PARAM p = Params("MPEG4", "");
+  const unsigned char vol[] = {0, 0, 1, 0xB0, 1, 0, 0, 1, 0xB5, 0x89, 0, 0, 1, 0, 0, 0, 1, 0x20};
+  memcpy(p.video.config, vol, sizeof(vol));
+  p.video.config_len = sizeof(vol);
+  CRecordTask task(&p, 300, 300, &events_, 0);
+  task.SetStorageBase(dir_.path().c_str(), 0);
+  WriteVideo(task, 1, true, 0);
+  WriteVideo(task, 2, false, 40);
+  task.Start();
+  ASSERT_TRUE(WaitUntil([&] { return task.VideoFrames() == 2; }));
+  task.Stop();
+  RecordedFile f = ReadRecording(task.FinishedFiles().at(0));
+  ExpectConsistent(f);
+  EXPECT_EQ(CodeAt(f.bytes, 224), "XVID");
+  std::vector<uint8_t> first(vol, vol + sizeof(vol));
+  std::vector<unsigned char> frame1 = Frame('V', 1);
+  first.insert(first.end(), frame1.begin(), frame1.end());
+  EXPECT_EQ(f.chunks.at(0).data, first);
+  EXPECT_EQ(f.chunks.at(1).data, Frame('V', 2));
+}
+
+TEST_F(RecordTaskTest, FileNameIsWrittenAsTmpAndRenamedAtTheEnd) {
+  __STREAM_AV_PARAM p = Params("H264", "AAC");
+  std::string name = dir_ / "clip.AVI";
+  CRecordTask task(&p, 60, 60, &events_, 0);
+  task.SetStorageBase(name.c_str(), 1);
+  EXPECT_STREQ(task.GetStorageBase(), name.c_str());
+  EXPECT_EQ(task.FreeSpaceFolder(), dir_.path());
+  task.Start();
+  ASSERT_TRUE(events_.WaitFor(EVNET_RECORD_FILEBEGIN));
+  EXPECT_TRUE(FileExists(name + ".tmp"));
+  EXPECT_FALSE(FileExists(name));
+  WriteVideo(task, 1, true, 0);
+  ASSERT_TRUE(WaitUntil([&] { return task.VideoFrames() == 1; }));
+  task.Stop();
+  EXPECT_TRUE(FileExists(name));
+  EXPECT_FALSE(FileExists(name + ".tmp"));
+  EXPECT_EQ(ListFiles(dir_.path()), std::vector<std::string>{name});
+  RecordedFile f = ReadRecording(name);
+  EXPECT_EQ(f.header_size, 10296u);
+  EXPECT_EQ(CodeAt(f.bytes, 4608), "MP4A");
+  ExpectConsistent(f);
+}
+
+TEST_F(RecordTaskTest, FreeSpaceBelow2048MegabytesRefusesToStartAFile) {
+  EXPECT_EQ(CheckDiskFreeSpace("/"), -2);
+  EXPECT_EQ(CheckDiskFreeSpace(""), -2);
+  SetDiskFreeCommand("echo 2097151 #%s");
+  EXPECT_EQ(CheckDiskFreeSpace(dir_.path().c_str()), -4);
+  SetDiskFreeCommand("echo 2097152 #%s");
+  EXPECT_EQ(CheckDiskFreeSpace(dir_.path().c_str()), 0);
+  SetDiskFreeCommand("true #%s");  // no output reads as 0 KB
+  EXPECT_EQ(CheckDiskFreeSpace(dir_.path().c_str()), -4);
+  EXPECT_EQ(SetDiskFreeCommand("echo %d %s"), -1);
+  EXPECT_EQ(SetDiskFreeCommand("echo 1"), -1);
+
+  SetDiskFreeCommand("echo 2097151 #%s");
+  __STREAM_AV_PARAM p = Params("H264", "");
+  CRecordTask task(&p, 300, 300, &events_, 0);
+  task.SetStorageBase(dir_.path().c_str(), 0);
+  task.Start();
+  ASSERT_TRUE(events_.WaitFor(EVENT_RECORD_DISKFREESPACE_TOOLOW, 2));
+  EXPECT_EQ(events_.Count(EVNET_RECORD_FILEBEGIN), 0);
+  EXPECT_TRUE(ListFiles(dir_.path()).empty());
+  // Space comes back: the next check starts a file.
+  SetDiskFreeCommand("echo 2097152 #%s");
+  ASSERT_TRUE(events_.WaitFor(EVNET_RECORD_FILEBEGIN));
+  task.Stop();
+  EXPECT_EQ(task.FinishedFiles().size(), 1u);
+}
+
+TEST_F(RecordTaskTest, RealDfReadsTheFolderAndQuotesItsPath) {
+  SetDiskFreeCommand(nullptr);
+  std::string odd = dir_ / "it's here";
+  ASSERT_EQ(mkdir(odd.c_str(), 0755), 0);
+  EXPECT_GT(ReadDiskFreeKB(odd.c_str()), 0);
+  EXPECT_EQ(ReadDiskFreeKB((dir_ / "missing").c_str()), 0);
+  EXPECT_EQ(ExistingFolderOf(dir_ / "missing/a/b"), dir_.path());
+}
+
+TEST_F(RecordTaskTest, FolderThatCannotBeMadeGivesEventsAndNoFile) {
+  std::string blocker = dir_ / "plain-file";
+  ASSERT_TRUE(WriteFileBytes(blocker, {1, 2, 3}));
+  __STREAM_AV_PARAM p = Params("H264", "");
+  CRecordTask task(&p, 300, 300, &events_, 0);
+  task.SetStorageBase((blocker + "/records").c_str(), 0);
+  task.Start();
+  ASSERT_TRUE(events_.WaitFor(EVNET_RECORD_FILEBEGIN_ERROR, 2));
+  task.Stop();
+  EXPECT_EQ(events_.Count(EVNET_RECORD_FILEBEGIN), 0);
+  EXPECT_EQ(ListFiles(dir_.path()), std::vector<std::string>{blocker});
+  EXPECT_TRUE(events_.WaitFor(EVENT_RECORD_TASKEND));
+
+  // No storage base at all: the same event, no crash.
+  EventLog none;
+  CRecordTask bare(&p, 300, 300, &none, 0);
+  bare.Start();
+  EXPECT_TRUE(none.WaitFor(EVNET_RECORD_FILEBEGIN_ERROR));
+  bare.Stop();
+}
+
+TEST_F(RecordTaskTest, VanishedFileGivesWriteErrorOnClose) {
+  __STREAM_AV_PARAM p = Params("H264", "");
+  std::string name = dir_ / "gone.avi";
+  CRecordTask task(&p, 60, 60, &events_, 0);
+  task.SetStorageBase(name.c_str(), 1);
+  task.Start();
+  ASSERT_TRUE(events_.WaitFor(EVNET_RECORD_FILEBEGIN));
+  WriteVideo(task, 1, true, 0);
+  ASSERT_TRUE(WaitUntil([&] { return task.VideoFrames() == 1; }));
+  ASSERT_EQ(unlink((name + ".tmp").c_str()), 0);
+  task.Stop();
+  EXPECT_EQ(events_.Count(EVNET_RECORD_WRITE_FILE_ERROR), 1);
+  EXPECT_EQ(events_.Count(EVENT_RECORD_FILEEND), 0);
+  EXPECT_TRUE(task.FinishedFiles().empty());
+  EXPECT_FALSE(FileExists(name));
+}
+
+TEST_F(RecordTaskTest, FullDiskWhileWritingGivesUpTheFileAndKeepsItsTmp) {
+  struct rlimit old_limit;
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old_limit), 0);
+  signal(SIGXFSZ, SIG_IGN);
+  struct rlimit small = old_limit;
+  small.rlim_cur = 3 * 1024 * 1024;  // the header fits; a few frames do not
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+
+  __STREAM_AV_PARAM p = Params("H264", "");
+  std::string name = dir_ / "full.avi";
+  {
+    CRecordTask task(&p, 60, 60, &events_, 0);
+    task.SetStorageBase(name.c_str(), 1);
+    task.Start();
+    for (int i = 0; i < 40 && events_.Count(EVNET_RECORD_WRITE_FILE_ERROR) == 0; ++i) {
+      WriteVideo(task, i, true, i * 40, 400000);
+      WaitUntil([&] { return RingsEmpty(task); }, 5000);
+    }
+    EXPECT_TRUE(events_.WaitFor(EVNET_RECORD_WRITE_FILE_ERROR));
+    task.Stop();
+  }
+  setrlimit(RLIMIT_FSIZE, &old_limit);
+  EXPECT_TRUE(FileExists(name + ".tmp"));
+  EXPECT_TRUE(events_.WaitFor(EVENT_RECORD_TASKEND));
+}
+
+TEST_F(RecordTaskTest, UnknownCodecIsReported) {
+  __STREAM_AV_PARAM p = Params("VP8", "OPUS");
+  CRecordTask task(&p, 300, 300, &events_, 0);
+  task.SetStorageBase(dir_.path().c_str(), 0);
+  task.Start();
+  ASSERT_TRUE(events_.WaitFor(EVENT_RECORD_MEDIA_PARAM_ERROR));
+  ASSERT_TRUE(events_.WaitFor(EVNET_RECORD_FILEBEGIN));
+  task.Stop();
+  EXPECT_EQ(events_.Events().at(0), std::make_pair(49, std::string("VP8")));
+  // Audio it cannot describe is left out: a video-only file.
+  EXPECT_TRUE(std::regex_match(task.FinishedFiles().at(0), std::regex(".*-vv-1\\.avi")));
+}
+
+}  // namespace
