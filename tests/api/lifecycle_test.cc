@@ -172,14 +172,6 @@ TEST_F(LifecycleTest, LastErrorCodeIsReadAndCleared) {
   EXPECT_EQ(IP_NET_DVR_GetLastErrorCode(), 0);
 }
 
-TEST_F(LifecycleTest, TimestampIsTheMonotonicMillisecondClock) {
-  unsigned long before = GetTickCount();
-  long t = IP_NET_DVR_Get_Timestamp();
-  unsigned long after = GetTickCount();
-  EXPECT_GE(static_cast<unsigned long>(t), before);
-  EXPECT_LE(static_cast<unsigned long>(t), after);
-}
-
 TEST_F(LifecycleTest, LogSwitchesAndAccessorsWriteNoLine) {
   CaptureStdout();
   EXPECT_EQ(IP_NET_DVR_LOG_OPEN(), 0);

@@ -17,15 +17,6 @@ TEST(Compat, LocalTimeHasAbsoluteYearAndZeroBasedMonth) {
   GetLocalTime(nullptr);             // does nothing
 }
 
-TEST(Compat, TickCountFollowsTheMonotonicClockInMilliseconds) {
-  struct timespec ts;
-  clock_gettime(CLOCK_MONOTONIC, &ts);
-  unsigned long ref = static_cast<unsigned long>(ts.tv_sec) * 1000 + ts.tv_nsec / 1000000;
-  unsigned long t = GetTickCount();
-  EXPECT_GE(t, ref);
-  EXPECT_LT(t - ref, 10000u);
-}
-
 TEST(Compat, StrcpySCopiesAtMostSizeAndForcesNoTerminator) {
   char buf[8];
   memset(buf, 'x', sizeof(buf));
