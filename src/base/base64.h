@@ -8,7 +8,7 @@ class CBase64 {
   int Encode(const void* in, void* out, int len);
   // Decodes len characters, skipping bytes with the high bit set and bytes
   // outside the alphabet, stopping at '='. Writes a terminating zero.
-  // Returns the number of bytes produced.
+  // Returns the number of bytes produced; out needs len * 3 / 4 + 1 bytes.
   int Decode(const void* in, void* out, int len);
   // encode: len / 3 * 4 (+4 for a partial group); decode: len / 4 * 3.
   // The terminating zero is not counted.

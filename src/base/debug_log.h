@@ -2,8 +2,11 @@
 //
 // Every log line of the library is written with QV_LOG, whose format begins
 // with "[%s:%d]"; the macro fills those two with the calling function's name
-// and the source line. A line goes to the console when the console switch is
-// on, and to the file and UDP sinks when they are on.
+// and the source line. While the file or UDP sink is on, a line goes there
+// (WriteDebugLog, which echoes it to the console when the switch is on);
+// otherwise it goes to the console alone, and only when the switch is on.
+// Settings come from "./player_dbg.cfg" (see debug_log_config.h) and from
+// SetLogToFile / DebugLogSwitch.
 #pragma once
 
 #include <cstdarg>
@@ -19,9 +22,12 @@
 enum LOGTYPE { LOGTYPE_DEBUG = 0, LOGTYPE_INFO = 1, LOGTYPE_ERROR = 2 };
 
 // Reference-counted start and release. The first DebugInit loads
-// "./player_dbg.cfg"; the last DebugRelease closes the sinks.
+// "./player_dbg.cfg"; the last DebugRelease closes the sinks; one release
+// too many prints a warning and leaves the count at 0. Both return 0.
 int DebugInit();
 int DebugRelease();
+// Resets every setting, stamps the start time of the file names, reads the
+// configuration file and prints the build banner. 0.
 int DebugInitLoad(int reload);
 
 // Console switch: on when `on` >= 1.
@@ -42,7 +48,8 @@ int DebugLogFunc(const char* fmt, ...) QV_PRINTF(1, 2);
 int WriteDebugLog(const char* func, const char* file, int line, int reserved,
                   void* obj, const char* fmt, ...) QV_PRINTF(6, 7);
 
-// File and UDP line, short form.
+// File and UDP line, short form: writes "./Quorvel_..." whatever the log
+// folder, and is formatted even when both sinks are off.
 int DebugLogType(LOGTYPE type, const char* fmt, ...) QV_PRINTF(2, 3);
 
 // Local time "%04d-%02d-%02d %02d:%02d:%02d" in one shared static buffer;
@@ -77,7 +84,8 @@ struct DebugLogState {
 };
 DebugLogState DebugGetState();
 
-// The clock the file sinks read (GetLocalTime by default); null restores it.
+// The clock the file and UDP lines read (GetLocalTime by default, also for
+// the start time); null restores it.
 void DebugSetClock(void (*clock)(SYSTEMTIME*));
 
 // The configuration file read by DebugInitLoad ("./player_dbg.cfg").

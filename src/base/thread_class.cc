@@ -136,9 +136,10 @@ int CThreadClass::Start(int) {
     exit_ = 1;
     result = -2;
   }
-  pthread_t handle = handle_;
+  // Entered in the thread table before the status lock is let go: a body
+  // that stops itself at once must find its handle there.
+  if (handle_ != 0) thread_add_map(handle_);
   UnLock(kStatusLock);
-  if (handle != 0) thread_add_map(handle);
   return result;
 }
 

@@ -20,10 +20,15 @@ class CThreadClass {
   virtual int IsRunning();       // running and not exited
   virtual int IsExit();
   virtual int Exit();            // Kill(0)
-  virtual int Kill(int wait);    // stop and join; the argument is ignored; 0
+  // Clears the running flag and joins the thread; the argument is ignored;
+  // 0. A body that already ended by itself is not joined here (the next
+  // Start or the destructor does it); a body that kills itself detaches.
+  virtual int Kill(int wait);
   virtual ~CThreadClass();
   virtual int Thread();          // the body; the base returns -1
-  virtual int Start(int stack_size);  // 0, or -2 when no thread was created
+  // Stops a running thread first (Kill), then runs Thread() on a new one.
+  // The argument is ignored. 0, or -2 when no thread could be created.
+  virtual int Start(int stack_size);
   // Waits ms while running, in steps of step_ms (at least 1). 1 when the
   // time passed, 0 when the object stopped running first.
   virtual int SleepThread(int ms, int step_ms);
@@ -57,6 +62,7 @@ class CThreadClass {
   CRITICAL_SECTION general_lock_;  // free for the derived class
 
  private:
+  // Joins a body that ended by itself, once it is gone from view.
   void ReapEnded();
 
   // The flags are read without a lock by the bodies' loops; changes by
