@@ -1,6 +1,7 @@
 #include "config/config_store.h"
 
 #include <cstddef>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -286,6 +287,13 @@ int WriteConfigSection(const char* tag, const char* text) {
   return 0;
 }
 
+int WriteConfigSectionText(const char* tag, char* text) {
+  if (!text) return -1;
+  int rc = WriteConfigSection(tag, text);
+  free(text);
+  return rc;
+}
+
 int GetConfigVersion(ConfigVersion* cfg) {
   if (!cfg) return -1;
   memset(cfg, 0, sizeof(*cfg));
@@ -299,11 +307,7 @@ char* XMLGET_ConfigVersion(ConfigVersion* cfg) {
 }
 
 int SetConfigVersion(ConfigVersion* cfg) {
-  char* text = XMLGET_ConfigVersion(cfg);
-  if (!text) return -1;
-  int rc = WriteConfigSection("ConfigVersion", text);
-  free(text);
-  return rc;
+  return WriteConfigSectionText("ConfigVersion", XMLGET_ConfigVersion(cfg));
 }
 
 void ShowSize() {

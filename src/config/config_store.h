@@ -50,6 +50,8 @@ int ReadConfigSection(const char* tag,
 // -1, with the file unchanged, when the text is null, the file cannot be
 // read, there is nothing to splice into, or the file cannot be saved.
 int WriteConfigSection(const char* tag, const char* text);
+// The same with a writer's text, which it frees; a null text gives -1.
+int WriteConfigSectionText(const char* tag, char* text);
 
 // The splice itself on a document text: false when there is nothing to
 // splice into (no section start tag and no root end tag, or a start tag

@@ -1,6 +1,4 @@
 // The NetworkConfig container and its file store.
-#include <cstdlib>
-
 #include "config/config_section.h"
 #include "config/config_store.h"
 #include "config/network_sections.h"
@@ -69,9 +67,5 @@ int GetNetworkConfig(NetworkConfig* cfg) {
 }
 
 int SetNetworkConfig(NetworkConfig* cfg) {
-  char* text = XMLGET_NetworkConfig(cfg);
-  if (!text) return -1;
-  int rc = WriteConfigSection("NetworkConfig", text);
-  free(text);
-  return rc;
+  return WriteConfigSectionText("NetworkConfig", XMLGET_NetworkConfig(cfg));
 }

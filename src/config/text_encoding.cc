@@ -60,7 +60,12 @@ void CodeToUtf8(const unsigned char* in, unsigned char out[3], unsigned* n,
   *n = 3;
 }
 
-void StrUtf8ToCode(const char* in, char* out, bool high) {
+// Walks a whole text: bytes below 0x81 are copied, any other byte starts a
+// character of `in_len` bytes that `convert` turns into `out_len` bytes (or
+// drops). A piece is written only while the output stays within kOutMax.
+template <typename Convert>
+void ConvertText(const char* in, char* out, unsigned in_len, unsigned out_len,
+                 Convert convert) {
   if (!out) return;
   unsigned len = 0;
   const unsigned char* p = reinterpret_cast<const unsigned char*>(in);
@@ -70,40 +75,33 @@ void StrUtf8ToCode(const char* in, char* out, bool high) {
       ++p;
       continue;
     }
-    if (!p[1] || !p[2]) break;  // a cut character at the end of the text
-    unsigned char code[2];
+    for (unsigned i = 1; i < in_len; ++i)
+      if (!p[i]) {  // a cut character at the end of the text
+        out[len] = 0;
+        return;
+      }
+    unsigned char piece[3];
     unsigned n = 0;
-    Utf8ToCode(p, code, &n, high);
-    if (n == 2 && len < kOutMax - 1) {
-      out[len++] = static_cast<char>(code[0]);
-      out[len++] = static_cast<char>(code[1]);
+    convert(p, piece, &n);
+    if (n == out_len && len + out_len <= kOutMax) {
+      for (unsigned i = 0; i < n; ++i) out[len++] = static_cast<char>(piece[i]);
     }
-    p += 3;
+    p += in_len;
   }
   out[len] = 0;
 }
 
-void StrCodeToUtf8(const char* in, char* out, unsigned traditional,
-                   bool high) {
-  if (!out) return;
-  unsigned len = 0;
-  const unsigned char* p = reinterpret_cast<const unsigned char*>(in);
-  while (p && *p) {
-    if (*p < 0x81) {
-      if (len < kOutMax) out[len++] = static_cast<char>(*p);
-      ++p;
-      continue;
-    }
-    if (!p[1]) break;
-    unsigned char utf8[3];
-    unsigned n = 0;
-    CodeToUtf8(p, utf8, &n, traditional, high);
-    if (n == 3 && len < kOutMax - 2) {
-      for (unsigned char b : utf8) out[len++] = static_cast<char>(b);
-    }
-    p += 2;
-  }
-  out[len] = 0;
+void StrUtf8ToCode(const char* in, char* out, bool high) {
+  ConvertText(in, out, 3, 2, [high](const unsigned char* p, unsigned char* o,
+                                    unsigned* n) { Utf8ToCode(p, o, n, high); });
+}
+
+void StrCodeToUtf8(const char* in, char* out, unsigned traditional, bool high) {
+  ConvertText(in, out, 2, 3,
+              [traditional, high](const unsigned char* p, unsigned char* o,
+                                  unsigned* n) {
+                CodeToUtf8(p, o, n, traditional, high);
+              });
 }
 
 }  // namespace
