@@ -11,6 +11,7 @@
 
 #include "config/config_print.h"
 
+namespace qvconfig {
 namespace {
 
 char g_config_path[kConfigPathSize] = "./config.xml";
@@ -30,16 +31,6 @@ bool WriteAll(int fd, const char* data, size_t n) {
 }
 
 }  // namespace
-
-char* CONFIG_FILE_PATH() { return g_config_path; }
-
-int SetConfigFilePath(const char* path) {
-  if (!path) path = "./config.xml";
-  size_t n = strlen(path);
-  if (n >= kConfigPathSize) return -1;
-  memcpy(g_config_path, path, n + 1);
-  return 0;
-}
 
 std::mutex& ConfigFileLock() {
   static std::mutex lock;
@@ -95,5 +86,17 @@ int SaveConfigText(const char* path, std::string text) {
     unlink(temp);
     return -1;
   }
+  return 0;
+}
+
+}  // namespace qvconfig
+
+char* CONFIG_FILE_PATH() { return qvconfig::g_config_path; }
+
+int SetConfigFilePath(const char* path) {
+  if (!path) path = "./config.xml";
+  size_t n = strlen(path);
+  if (n >= qvconfig::kConfigPathSize) return -1;
+  memcpy(qvconfig::g_config_path, path, n + 1);
   return 0;
 }

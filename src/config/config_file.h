@@ -5,19 +5,21 @@
 #include <mutex>
 #include <string>
 
+// The configuration file's path: a writable process-wide text of 256 bytes
+// (terminator included), "./config.xml" at start.
+char* CONFIG_FILE_PATH();
+
+// Points CONFIG_FILE_PATH at another file (null restores the default).
+// Paths of 256 bytes or more are refused: -1. Else 0.
+int SetConfigFilePath(const char* path);
+
+namespace qvconfig {
+
 // Capacity of the path text, terminator included.
 const size_t kConfigPathSize = 256;
 
 // Largest configuration file that is read (bytes).
 const size_t kMaxConfigFile = 8 * 1024 * 1024;
-
-// The configuration file's path: a writable process-wide text of
-// kConfigPathSize bytes, "./config.xml" at start.
-char* CONFIG_FILE_PATH();
-
-// Points CONFIG_FILE_PATH at another file (null restores the default).
-// Paths of kConfigPathSize bytes or more are refused: -1. Else 0.
-int SetConfigFilePath(const char* path);
 
 // Serialises whole-file operations of the store (read-modify-write of a
 // section included) within the process.
@@ -32,3 +34,5 @@ bool ReadConfigFile(const char* path, std::string* text);
 // complete, so a failure leaves the old file as it was. Logs
 // "[%s:%u]open error\n\n" when the file cannot be created. 0 or -1.
 int SaveConfigText(const char* path, std::string text);
+
+}  // namespace qvconfig

@@ -1,5 +1,7 @@
 #include "config/config_section.h"
 
+namespace qvconfig {
+
 void ReadPlainElement(const IXML_Node* element, const XmlField* fields,
                       size_t count, void* record, size_t record_size) {
   memset(record, 0, record_size);
@@ -12,3 +14,5 @@ void WriteLineElement(XmlWriter& out, const char* name, const XmlField* fields,
   WriteXmlFields(out, fields, count, record, "\r\n");
   out.Append("%s", end);
 }
+
+}  // namespace qvconfig

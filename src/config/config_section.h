@@ -12,6 +12,8 @@
 #include "config/xml_fields.h"
 #include "config/xml_writer.h"
 
+namespace qvconfig {
+
 // Parses `xml`, finds the first element `tag` and hands it to `read`. -1 when
 // the text does not parse (logged "[%s:%u]xml error\r\n\n" with `func`), the
 // element is absent or the record is null; else the reader's result.
@@ -30,7 +32,7 @@ int ReadRecordByXml(const char* func, Rec* cfg, const char* xml,
 }
 
 #define READ_RECORD_BY_XML(cfg, xml, tag, read) \
-  ReadRecordByXml(__FUNCTION__, cfg, xml, tag, read)
+  qvconfig::ReadRecordByXml(__FUNCTION__, cfg, xml, tag, read)
 
 // Runs `write` into a new text that the caller frees; null for a null record
 // or when the text cannot be built.
@@ -72,3 +74,5 @@ void ReadChildren(const IXML_Node* element, const ChildReader<Rec> (&readers)[N]
     }
   }
 }
+
+}  // namespace qvconfig

@@ -14,6 +14,7 @@
 #include "config/section_spans.h"
 #include "config/text_encoding.h"
 
+namespace qvconfig {
 namespace {
 
 const char kRoot[] = "IPCConfig";
@@ -159,16 +160,6 @@ bool IsSkippedAfterSection(char c) {
 
 }  // namespace
 
-int ParseConfigXML(const char* path, IPCConfig* cfg) {
-  if (!cfg) return -1;
-  bool complete;
-  return LoadFile(path, cfg, &complete) == 0 ? 0 : -1;
-}
-
-int GetConfigFromXml(IPCConfig* cfg) {
-  return ParseConfigXML(CurrentConfigPath().c_str(), cfg);
-}
-
 bool BuildConfigDocument(const IPCConfig* cfg, std::string* text) {
   if (!cfg || !text) return false;
   XmlWriter out(64 * 1024);
@@ -200,33 +191,6 @@ bool BuildConfigDocument(const IPCConfig* cfg, std::string* text) {
   if (!out.ok()) return false;
   text->assign(out.data(), out.size());
   return true;
-}
-
-int SetConfigToXML_Ex(IPCConfig* cfg, const char* path) {
-  std::string text;
-  int rc = -1;
-  if (BuildConfigDocument(cfg, &text)) {
-    std::lock_guard<std::mutex> hold(ConfigFileLock());
-    rc = SaveConfigText(path, std::move(text));
-  }
-  if (rc != 0) CFG_PRINT("[%s:%u]can not save vexora cfg\r\n\n");
-  return rc;
-}
-
-int SetConfigToXML(IPCConfig* cfg) {
-  return SetConfigToXML_Ex(cfg, CurrentConfigPath().c_str());
-}
-
-int CheckUserConfigFileValidity(const char* path, int* valid) {
-  if (!valid) return -1;
-  *valid = 0;
-  std::unique_ptr<IPCConfig> scratch(new (std::nothrow) IPCConfig);
-  if (!scratch) return -1;
-  bool complete = false;
-  int rc = LoadFile(path, scratch.get(), &complete);
-  if (rc == -2) return -1;
-  *valid = (rc == 0 && complete) ? 1 : 0;
-  return 0;
 }
 
 int ReadConfigSection(const char* tag,
@@ -292,6 +256,56 @@ int WriteConfigSectionText(const char* tag, char* text) {
   int rc = WriteConfigSection(tag, text);
   free(text);
   return rc;
+}
+
+}  // namespace qvconfig
+
+using qvconfig::BuildConfigDocument;
+using qvconfig::ConfigFileLock;
+using qvconfig::CurrentConfigPath;
+using qvconfig::LoadFile;
+using qvconfig::ReadConfigSection;
+using qvconfig::ReadConfigVersion;
+using qvconfig::SaveConfigText;
+using qvconfig::WriteConfigSectionText;
+using qvconfig::WriteConfigVersion;
+using qvconfig::WriteRecordText;
+
+int ParseConfigXML(const char* path, IPCConfig* cfg) {
+  if (!cfg) return -1;
+  bool complete;
+  return LoadFile(path, cfg, &complete) == 0 ? 0 : -1;
+}
+
+int GetConfigFromXml(IPCConfig* cfg) {
+  return ParseConfigXML(CurrentConfigPath().c_str(), cfg);
+}
+
+int SetConfigToXML_Ex(IPCConfig* cfg, const char* path) {
+  std::string text;
+  int rc = -1;
+  if (BuildConfigDocument(cfg, &text)) {
+    std::lock_guard<std::mutex> hold(ConfigFileLock());
+    rc = SaveConfigText(path, std::move(text));
+  }
+  if (rc != 0) CFG_PRINT("[%s:%u]can not save vexora cfg\r\n\n");
+  return rc;
+}
+
+int SetConfigToXML(IPCConfig* cfg) {
+  return SetConfigToXML_Ex(cfg, CurrentConfigPath().c_str());
+}
+
+int CheckUserConfigFileValidity(const char* path, int* valid) {
+  if (!valid) return -1;
+  *valid = 0;
+  std::unique_ptr<IPCConfig> scratch(new (std::nothrow) IPCConfig);
+  if (!scratch) return -1;
+  bool complete = false;
+  int rc = LoadFile(path, scratch.get(), &complete);
+  if (rc == -2) return -1;
+  *valid = (rc == 0 && complete) ? 1 : 0;
+  return 0;
 }
 
 int GetConfigVersion(ConfigVersion* cfg) {

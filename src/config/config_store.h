@@ -22,10 +22,6 @@ int GetConfigFromXml(IPCConfig* cfg);
 // Writes the whole document to the configuration file, or to `path`.
 int SetConfigToXML(IPCConfig* cfg);
 int SetConfigToXML_Ex(IPCConfig* cfg, const char* path);
-// The document text as a save writes it (before carriage returns become
-// blanks). False for a null record, or when a kept section overflowed.
-bool BuildConfigDocument(const IPCConfig* cfg, std::string* text);
-
 // Reads and parses the file into a scratch record: *valid = 1 when the root
 // was found and every section could be read and kept, else 0. -1 only when
 // the file cannot be read (or valid is null), else 0.
@@ -38,6 +34,18 @@ int GetConfigVersion(ConfigVersion* cfg);
 // found to replace); readers take the first.
 int SetConfigVersion(ConfigVersion* cfg);
 char* XMLGET_ConfigVersion(ConfigVersion* cfg);
+
+// ---- diagnostics
+// Prints the sizes of the configuration records.
+void ShowSize();
+// Prints "<name>[<size>]: <value>" with at most size bytes of value.
+void ShowString(const char* name, int size, const char* value);
+
+namespace qvconfig {
+
+// The document text as a save writes it (before carriage returns become
+// blanks). False for a null record, or when a kept section overflowed.
+bool BuildConfigDocument(const IPCConfig* cfg, std::string* text);
 
 // ---- section read and write (for the section modules)
 // Reads the configuration file and hands the first element `tag` to `read`,
@@ -59,8 +67,4 @@ int WriteConfigSectionText(const char* tag, char* text);
 bool SpliceSection(const std::string& file, const char* tag, const char* text,
                    std::string* out);
 
-// ---- diagnostics
-// Prints the sizes of the configuration records.
-void ShowSize();
-// Prints "<name>[<size>]: <value>" with at most size bytes of value.
-void ShowString(const char* name, int size, const char* value);
+}  // namespace qvconfig

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
+namespace qvconfig {
 namespace {
 
 // Every byte from 0x80 up becomes a two-byte UTF-8 sequence of the same
@@ -93,14 +94,6 @@ const char* FindAttribute(const IXML_Node* node, const char* name) {
   return nullptr;
 }
 
-void StrCpy(char* dst, size_t size, const char* value) {
-  if (!dst || size == 0) return;
-  size_t n = 0;
-  const unsigned char* p = reinterpret_cast<const unsigned char*>(value);
-  while (p && *p && n + 1 < size) p += Narrow(p, &dst[n++]);
-  memset(dst + n, 0, size - n);
-}
-
 void CopyText(char* dst, size_t size, const char* src) {
   if (!dst || size == 0) return;
   size_t n = src ? strnlen(src, size - 1) : 0;
@@ -136,4 +129,14 @@ long long AtoiValue(const char* value) {
   long long v = strtoll(value, nullptr, 10);
   errno = saved;
   return v;
+}
+
+}  // namespace qvconfig
+
+void StrCpy(char* dst, size_t size, const char* value) {
+  if (!dst || size == 0) return;
+  size_t n = 0;
+  const unsigned char* p = reinterpret_cast<const unsigned char*>(value);
+  while (p && *p && n + 1 < size) p += qvconfig::Narrow(p, &dst[n++]);
+  memset(dst + n, 0, size - n);
 }

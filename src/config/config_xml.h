@@ -12,6 +12,13 @@
 #include <cstddef>
 #include <string>
 
+// Copies a parser value into dst as the document's bytes: at most size - 1
+// bytes, the rest of dst zero-filled; null value gives "". Size 0 does
+// nothing.
+void StrCpy(char* dst, size_t size, const char* value);
+
+namespace qvconfig {
+
 class ConfigXml {
  public:
   ConfigXml() = default;
@@ -57,11 +64,6 @@ inline const char* AttributeValue(const IXML_Node* attr) {
 // The value of the attribute with this name, or null.
 const char* FindAttribute(const IXML_Node* node, const char* name);
 
-// Copies a parser value into dst as the document's bytes: at most size - 1
-// bytes, the rest of dst zero-filled; null value gives "". Size 0 does
-// nothing.
-void StrCpy(char* dst, size_t size, const char* value);
-
 // Copies plain bytes (not a parser value) as StrCpy does.
 void CopyText(char* dst, size_t size, const char* src);
 
@@ -75,3 +77,5 @@ void ElementText(const IXML_Node* node, char* dst, size_t size);
 // digits give 0. Values beyond 64 bits are clipped; callers narrow to the
 // member's width.
 long long AtoiValue(const char* value);
+
+}  // namespace qvconfig

@@ -3,6 +3,7 @@
 #include "config/config_store.h"
 #include "config/network_sections.h"
 
+namespace qvconfig {
 namespace {
 
 template <typename Child, Child NetworkConfig::*member,
@@ -50,22 +51,24 @@ void WriteNetworkConfig(XmlWriter& out, const NetworkConfig* cfg) {
   out.Append("</NetworkConfig>\r\n");
 }
 
+}  // namespace qvconfig
+
 int GetNetworkCfgByXml(NetworkConfig* cfg, const char* xml) {
-  return READ_RECORD_BY_XML(cfg, xml, "NetworkConfig", ReadNetworkConfig);
+  return READ_RECORD_BY_XML(cfg, xml, "NetworkConfig", qvconfig::ReadNetworkConfig);
 }
 
 char* XMLGET_NetworkConfig(NetworkConfig* cfg) {
-  return WriteRecordText<NetworkConfig>(cfg, WriteNetworkConfig);
+  return qvconfig::WriteRecordText<NetworkConfig>(cfg, qvconfig::WriteNetworkConfig);
 }
 
 int GetNetworkConfig(NetworkConfig* cfg) {
   if (!cfg) return -1;
   memset(cfg, 0, sizeof(*cfg));
-  return ReadConfigSection("NetworkConfig", [cfg](const IXML_Node* node) {
-    return ReadNetworkConfig(node, cfg);
+  return qvconfig::ReadConfigSection("NetworkConfig", [cfg](const IXML_Node* node) {
+    return qvconfig::ReadNetworkConfig(node, cfg);
   });
 }
 
 int SetNetworkConfig(NetworkConfig* cfg) {
-  return WriteConfigSectionText("NetworkConfig", XMLGET_NetworkConfig(cfg));
+  return qvconfig::WriteConfigSectionText("NetworkConfig", XMLGET_NetworkConfig(cfg));
 }

@@ -3,6 +3,7 @@
 #include "config/config_section.h"
 #include "config/network_sections.h"
 
+namespace qvconfig {
 namespace {
 
 const unsigned kDefaultMtu = 1400;
@@ -46,10 +47,12 @@ void WriteLANConfig(XmlWriter& out, const LANConfig* cfg) {
   out.Append("/> ");
 }
 
+}  // namespace qvconfig
+
 int Network_getLANCfgByXml(LANConfig* cfg, const char* xml) {
-  return READ_RECORD_BY_XML(cfg, xml, "LANConfig", ReadLANConfig);
+  return READ_RECORD_BY_XML(cfg, xml, "LANConfig", qvconfig::ReadLANConfig);
 }
 
 char* XMLGET_NetworkLANConfig(LANConfig* cfg) {
-  return WriteRecordText<LANConfig>(cfg, WriteLANConfig);
+  return qvconfig::WriteRecordText<LANConfig>(cfg, qvconfig::WriteLANConfig);
 }

@@ -12,8 +12,6 @@
 
 #include "quorvel/quorvel.h"
 
-class XmlWriter;
-
 // ---- readers from XML text (the first element of the name is read)
 int Network_getLANCfgByXml(LANConfig* cfg, const char* xml);
 int Network_getWIFICfgByXml(WIFIConfig* cfg, const char* xml);
@@ -39,6 +37,31 @@ char* XMLGET_NetworkUPNPConfig(UPNPConfig* cfg);
 char* XMLGET_NetworkP2PConfig(P2PConfig* cfg);
 char* XMLGET_NetworkG3Config(G3Config* cfg);
 char* XMLGET_NetworkPPTPConfig(PPTPConfig* cfg);
+
+
+// Sets Enable and Type to 0.
+void SetDefaultP2pCfg(P2PConfig* cfg);
+
+// ---- name tables (exact, case-sensitive; any other text or null: -1)
+int WirelessMacModeNameToInt(const char* name);    // MIXED 1, G 2, B 3, A 4
+int WirelessRegionNameToInt(const char* name);     // USA 1, TAIWAN 2, FRANCE 3, ISRAEL 5
+int WepEncryptAuthModeNameToInt(const char* name); // open system 0, shared key 1
+
+// ---- status
+// Reads WIRE_NETWORK, WIRELESS_NETWORK and CLOUD of a status reply into the
+// cleared record. -1 when the text does not parse ("[%s:%u]xml error\n") or
+// holds none of the three; else 0.
+int GetNetworkStatusByXml(NetworkStatus* status, const char* xml);
+// "<Network4GStatus Manufacturer=\"...\" ... nSignalLevel=\"%d\"/>".
+char* XMLGET_4GNetworkStatus(Network4GStatus* status);
+
+// ---- file store (section read and section write of NetworkConfig)
+int GetNetworkConfig(NetworkConfig* cfg);
+int SetNetworkConfig(NetworkConfig* cfg);
+
+namespace qvconfig {
+
+class XmlWriter;
 
 // ---- element level: readers clear the record, set its defaults, read the
 // attributes (and children) and apply the checks; 0.
@@ -70,22 +93,4 @@ void WritePPTPConfig(XmlWriter& out, const PPTPConfig* cfg);
 void WriteP2PConfig(XmlWriter& out, const P2PConfig* cfg);
 void WriteNetworkConfig(XmlWriter& out, const NetworkConfig* cfg);
 
-// Sets Enable and Type to 0.
-void SetDefaultP2pCfg(P2PConfig* cfg);
-
-// ---- name tables (exact, case-sensitive; any other text or null: -1)
-int WirelessMacModeNameToInt(const char* name);    // MIXED 1, G 2, B 3, A 4
-int WirelessRegionNameToInt(const char* name);     // USA 1, TAIWAN 2, FRANCE 3, ISRAEL 5
-int WepEncryptAuthModeNameToInt(const char* name); // open system 0, shared key 1
-
-// ---- status
-// Reads WIRE_NETWORK, WIRELESS_NETWORK and CLOUD of a status reply into the
-// cleared record. -1 when the text does not parse ("[%s:%u]xml error\n") or
-// holds none of the three; else 0.
-int GetNetworkStatusByXml(NetworkStatus* status, const char* xml);
-// "<Network4GStatus Manufacturer=\"...\" ... nSignalLevel=\"%d\"/>".
-char* XMLGET_4GNetworkStatus(Network4GStatus* status);
-
-// ---- file store (section read and section write of NetworkConfig)
-int GetNetworkConfig(NetworkConfig* cfg);
-int SetNetworkConfig(NetworkConfig* cfg);
+}  // namespace qvconfig

@@ -3,6 +3,7 @@
 #include "config/config_section.h"
 #include "config/network_sections.h"
 
+namespace qvconfig {
 namespace {
 
 const int kPptpMinMtu = 1000;
@@ -94,6 +95,8 @@ void WritePPTPConfig(XmlWriter& out, const PPTPConfig* cfg) {
                    cfg, "/>\r\n");
 }
 
+}  // namespace qvconfig
+
 void SetDefaultP2pCfg(P2PConfig* cfg) {
   if (!cfg) return;
   cfg->Enable = 0;
@@ -101,45 +104,45 @@ void SetDefaultP2pCfg(P2PConfig* cfg) {
 }
 
 int Network_getAlarmServerCfgByXml(AlarmServerConfig* cfg, const char* xml) {
-  return READ_RECORD_BY_XML(cfg, xml, "AlarmServerConfig", ReadAlarmServerConfig);
+  return READ_RECORD_BY_XML(cfg, xml, "AlarmServerConfig", qvconfig::ReadAlarmServerConfig);
 }
 int Network_getADSLCfgByXml(ADSLConfig* cfg, const char* xml) {
-  return READ_RECORD_BY_XML(cfg, xml, "ADSLConfig", ReadADSLConfig);
+  return READ_RECORD_BY_XML(cfg, xml, "ADSLConfig", qvconfig::ReadADSLConfig);
 }
 int Network_getG3CfgByXml(G3Config* cfg, const char* xml) {
-  return READ_RECORD_BY_XML(cfg, xml, "G3Config", ReadG3Config);
+  return READ_RECORD_BY_XML(cfg, xml, "G3Config", qvconfig::ReadG3Config);
 }
 int Network_getPPTPCfgByXml(PPTPConfig* cfg, const char* xml) {
-  return READ_RECORD_BY_XML(cfg, xml, "PPTPConfig", ReadPPTPConfig);
+  return READ_RECORD_BY_XML(cfg, xml, "PPTPConfig", qvconfig::ReadPPTPConfig);
 }
 int Network_getDDNSCfgByXml(DDNSConfig* cfg, const char* xml) {
-  return READ_RECORD_BY_XML(cfg, xml, "DDNSConfig", ReadDDNSConfig);
+  return READ_RECORD_BY_XML(cfg, xml, "DDNSConfig", qvconfig::ReadDDNSConfig);
 }
 int Network_getUPNPCfgByXml(UPNPConfig* cfg, const char* xml) {
-  return READ_RECORD_BY_XML(cfg, xml, "UPNPConfig", ReadUPNPConfig);
+  return READ_RECORD_BY_XML(cfg, xml, "UPNPConfig", qvconfig::ReadUPNPConfig);
 }
 int Network_getP2PCfgByXml(P2PConfig* cfg, const char* xml) {
-  return READ_RECORD_BY_XML(cfg, xml, "P2PConfig", ReadP2PConfig);
+  return READ_RECORD_BY_XML(cfg, xml, "P2PConfig", qvconfig::ReadP2PConfig);
 }
 
 char* XMLGET_NetworkAlarmServerConfig(AlarmServerConfig* cfg) {
-  return WriteRecordText<AlarmServerConfig>(cfg, WriteAlarmServerConfig);
+  return qvconfig::WriteRecordText<AlarmServerConfig>(cfg, qvconfig::WriteAlarmServerConfig);
 }
 char* XMLGET_NetworkADSLConfig(ADSLConfig* cfg) {
-  return WriteRecordText<ADSLConfig>(cfg, WriteADSLConfig);
+  return qvconfig::WriteRecordText<ADSLConfig>(cfg, qvconfig::WriteADSLConfig);
 }
 char* XMLGET_NetworkDDNSConfig(DDNSConfig* cfg) {
-  return WriteRecordText<DDNSConfig>(cfg, WriteDDNSConfig);
+  return qvconfig::WriteRecordText<DDNSConfig>(cfg, qvconfig::WriteDDNSConfig);
 }
 char* XMLGET_NetworkUPNPConfig(UPNPConfig* cfg) {
-  return WriteRecordText<UPNPConfig>(cfg, WriteUPNPConfig);
+  return qvconfig::WriteRecordText<UPNPConfig>(cfg, qvconfig::WriteUPNPConfig);
 }
 char* XMLGET_NetworkP2PConfig(P2PConfig* cfg) {
-  return WriteRecordText<P2PConfig>(cfg, WriteP2PConfig);
+  return qvconfig::WriteRecordText<P2PConfig>(cfg, qvconfig::WriteP2PConfig);
 }
 char* XMLGET_NetworkG3Config(G3Config* cfg) {
-  return WriteRecordText<G3Config>(cfg, WriteG3Config);
+  return qvconfig::WriteRecordText<G3Config>(cfg, qvconfig::WriteG3Config);
 }
 char* XMLGET_NetworkPPTPConfig(PPTPConfig* cfg) {
-  return WriteRecordText<PPTPConfig>(cfg, WritePPTPConfig);
+  return qvconfig::WriteRecordText<PPTPConfig>(cfg, qvconfig::WritePPTPConfig);
 }

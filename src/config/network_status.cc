@@ -3,6 +3,14 @@
 #include "config/config_section.h"
 #include "config/network_sections.h"
 
+using qvconfig::ConfigXml;
+using qvconfig::FieldCount;
+using qvconfig::ReadXmlFields;
+using qvconfig::WriteRecordText;
+using qvconfig::WriteXmlFields;
+using qvconfig::XmlField;
+using qvconfig::XmlWriter;
+
 namespace {
 
 const XmlField kWireFields[] = {

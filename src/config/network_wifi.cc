@@ -8,6 +8,7 @@
 #include "config/network_sections.h"
 #include "config/text_encoding.h"
 
+namespace qvconfig {
 namespace {
 
 const char kWrittenVersion[] = "2.0";
@@ -248,18 +249,20 @@ void WriteWIFIApConfig(XmlWriter& out, const WIFIApConfig* cfg) {
   out.Append("</WIFIApConfig>\r\n");
 }
 
+}  // namespace qvconfig
+
 int Network_getWIFICfgByXml(WIFIConfig* cfg, const char* xml) {
-  return READ_RECORD_BY_XML(cfg, xml, "WIFIConfig", ReadWIFIConfig);
+  return READ_RECORD_BY_XML(cfg, xml, "WIFIConfig", qvconfig::ReadWIFIConfig);
 }
 
 int Network_getWIFIApCfgByXml(WIFIApConfig* cfg, const char* xml) {
-  return READ_RECORD_BY_XML(cfg, xml, "WIFIApConfig", ReadWIFIApConfig);
+  return READ_RECORD_BY_XML(cfg, xml, "WIFIApConfig", qvconfig::ReadWIFIApConfig);
 }
 
 char* XMLGET_NetworkWIFIConfig(WIFIConfig* cfg) {
-  return WriteRecordText<WIFIConfig>(cfg, WriteWIFIConfig);
+  return qvconfig::WriteRecordText<WIFIConfig>(cfg, qvconfig::WriteWIFIConfig);
 }
 
 char* XMLGET_NetworkWIFIApConfig(WIFIApConfig* cfg) {
-  return WriteRecordText<WIFIApConfig>(cfg, WriteWIFIApConfig);
+  return qvconfig::WriteRecordText<WIFIApConfig>(cfg, qvconfig::WriteWIFIApConfig);
 }

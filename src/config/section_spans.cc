@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+namespace qvconfig {
+
 namespace {
 
 bool StartsWith(const char* text, size_t length, size_t at, const char* s) {
@@ -115,3 +117,5 @@ std::vector<ElementSpan> ScanChildSpans(const char* text, size_t length,
   }
   return spans;
 }
+
+}  // namespace qvconfig

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+namespace qvconfig {
+
 struct ElementSpan {
   std::string name;
   size_t begin;  // offset of '<'
@@ -18,3 +20,5 @@ struct ElementSpan {
 // spans complete so far.
 std::vector<ElementSpan> ScanChildSpans(const char* text, size_t length,
                                         const char* root);
+
+}  // namespace qvconfig

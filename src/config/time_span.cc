@@ -5,6 +5,14 @@
 #include "config/config_print.h"
 #include "config/config_section.h"
 
+using qvconfig::AtoiValue;
+using qvconfig::FieldCount;
+using qvconfig::FindAttribute;
+using qvconfig::FirstChildElement;
+using qvconfig::IsElement;
+using qvconfig::NextSiblingElement;
+using qvconfig::XmlWriter;
+
 namespace {
 
 const unsigned kFullDay = 0xFFFFFF;
@@ -14,7 +22,7 @@ const int kEveryDay = 7;
 unsigned* Masks(TimeSpanCfg* cfg) { return &cfg->day0; }
 const unsigned* Masks(const TimeSpanCfg* cfg) { return &cfg->day0; }
 
-const XmlField kTimeSpanFields[] = {
+const qvconfig::XmlField kTimeSpanFields[] = {
     XML_FIELD(TimeSpanCfg, day0, "day0"), XML_FIELD(TimeSpanCfg, day1, "day1"),
     XML_FIELD(TimeSpanCfg, day2, "day2"), XML_FIELD(TimeSpanCfg, day3, "day3"),
     XML_FIELD(TimeSpanCfg, day4, "day4"), XML_FIELD(TimeSpanCfg, day5, "day5"),
@@ -86,24 +94,24 @@ void CheckTimeSpanValid(TimeSpanCfg* cfg) {
   SetAllTimeSpan(cfg);
 }
 
-int ReadTimeSpanCfg(const IXML_Node* element, TimeSpanCfg* cfg) {
+int qvconfig::ReadTimeSpanCfg(const IXML_Node* element, TimeSpanCfg* cfg) {
   ReadPlainElement(element, kTimeSpanFields, FieldCount(kTimeSpanFields), cfg,
                    sizeof(*cfg));
   CheckTimeSpanValid(cfg);
   return 0;
 }
 
-void WriteTimeSpanCfg(XmlWriter& out, const TimeSpanCfg* cfg) {
+void qvconfig::WriteTimeSpanCfg(XmlWriter& out, const TimeSpanCfg* cfg) {
   out.Append("<TimeSpanCfg ");
   WriteXmlFields(out, kTimeSpanFields, FieldCount(kTimeSpanFields), cfg, " ");
   out.Append("/>");
 }
 
 int getTimeSpanByXml(TimeSpanCfg* cfg, const char* xml) {
-  return READ_RECORD_BY_XML(cfg, xml, "TimeSpanCfg", ReadTimeSpanCfg);
+  return READ_RECORD_BY_XML(cfg, xml, "TimeSpanCfg", qvconfig::ReadTimeSpanCfg);
 }
 
-int ReadWorkDayList(const IXML_Node* element, WorkDayList* list) {
+int qvconfig::ReadWorkDayList(const IXML_Node* element, WorkDayList* list) {
   memset(list, 0, sizeof(*list));
   for (IXML_Node* c = FirstChildElement(element); c; c = NextSiblingElement(c)) {
     if (!IsElement(c, "Workday") || list->Count >= QV_MAX_WORKDAYS) continue;
@@ -117,7 +125,7 @@ int ReadWorkDayList(const IXML_Node* element, WorkDayList* list) {
   return 0;
 }
 
-void WriteWorkDayList(XmlWriter& out, const WorkDayList* list) {
+void qvconfig::WriteWorkDayList(XmlWriter& out, const WorkDayList* list) {
   out.Append("<TimeSpanCfg>\r\n");
   int count = Clamp(list->Count, 0, QV_MAX_WORKDAYS);
   for (int i = 0; i < count; ++i) {
@@ -138,7 +146,7 @@ void WriteWorkDayList(XmlWriter& out, const WorkDayList* list) {
 }
 
 int getWorkDayListByXml(WorkDayList* list, const char* xml) {
-  return READ_RECORD_BY_XML(list, xml, "TimeSpanCfg", ReadWorkDayList);
+  return READ_RECORD_BY_XML(list, xml, "TimeSpanCfg", qvconfig::ReadWorkDayList);
 }
 
 void TransTimeSpan2New(const WorkDayList* list, TimeSpanCfg* cfg) {

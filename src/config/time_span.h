@@ -8,28 +8,21 @@
 
 #include "quorvel/quorvel.h"
 
-class XmlWriter;
-
 // Every mask 0xFFFFFF (every hour of every day).
 void SetAllTimeSpan(TimeSpanCfg* cfg);
 // An all-zero schedule becomes the full one.
 void CheckTimeSpanValid(TimeSpanCfg* cfg);
 
-// Element TimeSpanCfg with attributes day0..day6: reads the masks, then
-// CheckTimeSpanValid. 0.
-int ReadTimeSpanCfg(const IXML_Node* element, TimeSpanCfg* cfg);
-// "<TimeSpanCfg day0=\"%u\" ... day6=\"%u\"/>".
-void WriteTimeSpanCfg(XmlWriter& out, const TimeSpanCfg* cfg);
-// From a text: -1 when it does not parse ("[%s:%u]xml error\r\n\n") or holds
-// no TimeSpanCfg.
+// From a text: the first TimeSpanCfg element, its attributes day0..day6,
+// then CheckTimeSpanValid. -1 when the text does not parse ("[%s:%u]xml
+// error\r\n\n") or holds no TimeSpanCfg.
 int getTimeSpanByXml(TimeSpanCfg* cfg, const char* xml);
 
-// Element TimeSpanCfg holding Workday children (Day, and TimeSpan children
-// with StartTime and EndTime as "%2d:%2d:%2d"). Without any Workday the list
-// is one entry: Day 7, 00:00:00 to 23:59:59. Spans whose time text is
-// missing or not eight characters long are left out (and logged). 0.
-int ReadWorkDayList(const IXML_Node* element, WorkDayList* list);
-void WriteWorkDayList(XmlWriter& out, const WorkDayList* list);
+// From a text: the first TimeSpanCfg element holding Workday children (Day,
+// and TimeSpan children with StartTime and EndTime as "%2d:%2d:%2d").
+// Without any Workday the list is one entry: Day 7, 00:00:00 to 23:59:59.
+// Spans whose time text is missing or not eight characters long are left
+// out (and logged).
 int getWorkDayListByXml(WorkDayList* list, const char* xml);
 
 // Work-day list to masks. A span sets the hours from its start hour (plus
@@ -46,3 +39,16 @@ void TransTimeSpan2Old(const TimeSpanCfg* cfg, WorkDayList* list);
 // for Day 7), else 0. The entry just past the count is looked at too (it is
 // all zero in a list built by the readers).
 int IsInTimeScope(const WorkDayList* list, const struct tm* now);
+
+namespace qvconfig {
+
+class XmlWriter;
+
+// Element level of the two forms; readers give 0.
+int ReadTimeSpanCfg(const IXML_Node* element, TimeSpanCfg* cfg);
+// "<TimeSpanCfg day0=\"%u\" ... day6=\"%u\" />".
+void WriteTimeSpanCfg(XmlWriter& out, const TimeSpanCfg* cfg);
+int ReadWorkDayList(const IXML_Node* element, WorkDayList* list);
+void WriteWorkDayList(XmlWriter& out, const WorkDayList* list);
+
+}  // namespace qvconfig

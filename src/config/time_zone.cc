@@ -9,6 +9,14 @@
 #include "config/config_file.h"
 #include "config/config_xml.h"
 
+using qvconfig::ConfigXml;
+using qvconfig::ElementText;
+using qvconfig::FindAttribute;
+using qvconfig::FirstChildElement;
+using qvconfig::IsElement;
+using qvconfig::NextSiblingElement;
+using qvconfig::ReadConfigFile;
+
 namespace {
 
 const char kDefaultPath[] = "/opt/ch/qmr_tz.xml";
@@ -81,7 +89,7 @@ int SetTimeZoneTablePath(const char* path) {
   return 0;
 }
 
-void ParseTimeZoneRecord(DstConfig* record) {
+void qvconfig::ParseTimeZoneRecord(DstConfig* record) {
   if (!record) return;
   record->name[sizeof(record->name) - 1] = 0;
   record->rule[sizeof(record->rule) - 1] = 0;
@@ -108,7 +116,7 @@ DstConfig* ReadSummerTimeListFromXML() {
   DstConfig* head = nullptr;
   DstConfig** tail = &head;
   size_t count = 0;
-  for (IXML_Node* item = FirstChildElement(tz); item && count < kMaxTimeZones;
+  for (IXML_Node* item = FirstChildElement(tz); item && count < qvconfig::kMaxTimeZones;
        item = NextSiblingElement(item)) {
     if (!IsElement(item, "item")) continue;
     DstConfig* record = new (std::nothrow) DstConfig();
@@ -120,7 +128,7 @@ DstConfig* ReadSummerTimeListFromXML() {
       delete record;
       continue;
     }
-    ParseTimeZoneRecord(record);
+    qvconfig::ParseTimeZoneRecord(record);
     *tail = record;
     tail = &record->next;
     ++count;

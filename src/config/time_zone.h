@@ -14,9 +14,6 @@ struct DstConfig {
   DstConfig* next;
 };
 
-// Largest number of zones read from the table.
-const size_t kMaxTimeZones = 1024;
-
 // The table's path, and setting it (null restores the default; paths of 256
 // bytes or more are refused: -1).
 const char* TimeZoneTablePath();
@@ -30,7 +27,14 @@ int SetTimeZoneTablePath(const char* path);
 // list, or null when nothing was read. Release with FreeSummerTimeList.
 DstConfig* ReadSummerTimeListFromXML();
 
+void FreeSummerTimeList(DstConfig* head);
+
+namespace qvconfig {
+
+// Largest number of zones read from the table.
+const size_t kMaxTimeZones = 1024;
+
 // Parses one record's name and rule into its offset and summer-time fields.
 void ParseTimeZoneRecord(DstConfig* record);
 
-void FreeSummerTimeList(DstConfig* head);
+}  // namespace qvconfig

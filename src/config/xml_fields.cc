@@ -6,6 +6,8 @@
 #include "config/config_xml.h"
 #include "config/xml_writer.h"
 
+namespace qvconfig {
+
 const XmlField* FindXmlField(const XmlField* fields, size_t count,
                              const char* name) {
   for (size_t i = 0; i < count; ++i)
@@ -101,3 +103,5 @@ void WriteXmlFields(XmlWriter& out, const XmlField* fields, size_t count,
     }
   }
 }
+
+}  // namespace qvconfig

@@ -14,6 +14,8 @@
 
 #include <cstddef>
 
+namespace qvconfig {
+
 class XmlWriter;
 
 enum class XmlFieldType : unsigned char { kText, kI8, kU8, kI16, kU16, kI32, kU32 };
@@ -55,8 +57,8 @@ template <> struct XmlFieldTypeOf<unsigned int> {
 };
 
 #define XML_FIELD_FLAGS(Rec, member, name, flags)                          \
-  XmlField {                                                               \
-    name, XmlFieldTypeOf<decltype(Rec::member)>::value,                    \
+  qvconfig::XmlField {                                                     \
+    name, qvconfig::XmlFieldTypeOf<decltype(Rec::member)>::value,          \
         static_cast<unsigned>(offsetof(Rec, member)),                      \
         static_cast<unsigned>(sizeof(Rec::member)), flags                  \
   }
@@ -79,3 +81,5 @@ void ReadXmlFields(const IXML_Node* element, const XmlField* fields,
 // Writes every entry as name="value" followed by `sep`.
 void WriteXmlFields(XmlWriter& out, const XmlField* fields, size_t count,
                     const void* record, const char* sep);
+
+}  // namespace qvconfig

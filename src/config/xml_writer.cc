@@ -8,6 +8,8 @@
 
 #include "config/text_encoding.h"
 
+namespace qvconfig {
+
 XmlWriter::XmlWriter(size_t initial) : cap_(initial < 16 ? 16 : initial) {
   buf_ = static_cast<char*>(malloc(cap_));
   if (buf_) buf_[0] = 0;
@@ -85,3 +87,5 @@ char* XmlWriter::Release() {
   len_ = 0;
   return text;
 }
+
+}  // namespace qvconfig

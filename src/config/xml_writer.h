@@ -9,6 +9,8 @@
 
 #include "base/debug_log.h"  // QV_PRINTF
 
+namespace qvconfig {
+
 class XmlWriter {
  public:
   static const size_t kMaxText = 16 * 1024 * 1024;
@@ -40,3 +42,5 @@ class XmlWriter {
   size_t len_ = 0;
   size_t cap_;
 };
+
+}  // namespace qvconfig

@@ -16,6 +16,8 @@
 
 namespace {
 
+using qvconfig::SpliceSection;
+
 std::unique_ptr<IPCConfig> NewConfig() {
   std::unique_ptr<IPCConfig> cfg(new IPCConfig);
   memset(cfg.get(), 0x77, sizeof(IPCConfig));  // stale bytes a load must clear

@@ -12,6 +12,11 @@
 
 namespace {
 
+using qvconfig::kMaxTimeZones;
+using qvconfig::WriteTimeSpanCfg;
+using qvconfig::WriteWorkDayList;
+using qvconfig::XmlWriter;
+
 const unsigned kFull = 0xFFFFFF;
 
 WorkDayList OneSpan(int day, int sh, int sm, int ss, int eh, int em, int es) {
