@@ -1,7 +1,10 @@
 // Load and save of a full configuration document (every built section
 // filled, the other sections kept as text), and one section write.
 #include <benchmark/benchmark.h>
+#include <fcntl.h>
 #include <unistd.h>
+
+#include <cstdio>
 
 #include <cstdlib>
 #include <fstream>
@@ -42,7 +45,33 @@ class Scratch {
   std::string dir_, path_;
 };
 
+// The readers print what they read; while a benchmark runs, that goes to
+// /dev/null rather than between the results.
+class QuietStdout {
+ public:
+  QuietStdout() {
+    fflush(stdout);
+    saved_ = dup(STDOUT_FILENO);
+    int null = open("/dev/null", O_WRONLY);
+    if (null >= 0) {
+      dup2(null, STDOUT_FILENO);
+      close(null);
+    }
+  }
+  ~QuietStdout() {
+    fflush(stdout);
+    if (saved_ >= 0) {
+      dup2(saved_, STDOUT_FILENO);
+      close(saved_);
+    }
+  }
+
+ private:
+  int saved_;
+};
+
 void BM_LoadFullDocument(benchmark::State& state) {
+  QuietStdout quiet;
   Scratch scratch;
   std::unique_ptr<IPCConfig> cfg(new IPCConfig);
   for (auto _ : state) {
@@ -52,6 +81,7 @@ void BM_LoadFullDocument(benchmark::State& state) {
 BENCHMARK(BM_LoadFullDocument)->Unit(benchmark::kMicrosecond);
 
 void BM_SaveFullDocument(benchmark::State& state) {
+  QuietStdout quiet;
   Scratch scratch;
   std::unique_ptr<IPCConfig> cfg(new IPCConfig);
   if (ParseConfigXML(scratch.path().c_str(), cfg.get()) != 0) state.SkipWithError("load");
@@ -62,6 +92,7 @@ void BM_SaveFullDocument(benchmark::State& state) {
 BENCHMARK(BM_SaveFullDocument)->Unit(benchmark::kMicrosecond);
 
 void BM_WriteNetworkSection(benchmark::State& state) {
+  QuietStdout quiet;
   Scratch scratch;
   SetConfigFilePath(scratch.path().c_str());
   NetworkConfig net;
@@ -74,6 +105,7 @@ void BM_WriteNetworkSection(benchmark::State& state) {
 BENCHMARK(BM_WriteNetworkSection)->Unit(benchmark::kMicrosecond);
 
 void BM_NetworkSectionToXmlAndBack(benchmark::State& state) {
+  QuietStdout quiet;
   Scratch scratch;
   SetConfigFilePath(scratch.path().c_str());
   NetworkConfig net;
