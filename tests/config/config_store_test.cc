@@ -1,0 +1,428 @@
+// The configuration document: whole load and save, section read and write
+// against the file, the version element and the validity check.
+#include "config/config_store.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "config/config_files_helper.h"
+#include "config/network_fill_helper.h"
+#include "config/network_sections.h"
+
+namespace {
+
+using qvconfig::SpliceSection;
+
+std::unique_ptr<IPCConfig> NewConfig() {
+  std::unique_ptr<IPCConfig> cfg(new IPCConfig);
+  memset(cfg.get(), 0x77, sizeof(IPCConfig));  // stale bytes a load must clear
+  return cfg;
+}
+
+// The element `tag` of a text from its start tag to its last end tag.
+std::string ElementText(const std::string& text, const std::string& tag) {
+  size_t from = text.find("<" + tag + ">");
+  size_t to = text.rfind("</" + tag + ">");
+  if (from == std::string::npos || to == std::string::npos) return "";
+  return text.substr(from, to + tag.size() + 3 - from);
+}
+
+size_t Count(const std::string& text, const std::string& piece) {
+  size_t n = 0;
+  for (size_t at = text.find(piece); at != std::string::npos; at = text.find(piece, at + 1)) ++n;
+  return n;
+}
+
+void Replace(std::string* text, const std::string& from, const std::string& to) {
+  for (size_t at = text->find(from); at != std::string::npos; at = text->find(from, at + to.size()))
+    text->replace(at, from.size(), to);
+}
+
+const char* const kKeptTags[] = {"SystemConfig",  "ServerConfig",   "MediaConfig",
+                                 "MediaStreamConfig", "PlatformConfig", "GB28181Config",
+                                 "RecordConfig",  "AlarmConfig"};
+
+const ConfigSectionText& Kept(const IPCConfig& cfg, const std::string& tag) {
+  if (tag == "SystemConfig") return cfg.system;
+  if (tag == "ServerConfig") return cfg.server;
+  if (tag == "MediaConfig") return cfg.media;
+  if (tag == "MediaStreamConfig") return cfg.mediaStream;
+  if (tag == "PlatformConfig") return cfg.platform;
+  if (tag == "GB28181Config") return cfg.gb28181;
+  if (tag == "RecordConfig") return cfg.record;
+  return cfg.alarm;
+}
+
+class ConfigDocument : public testing::Test {
+ protected:
+  void SetUp() override {
+    fixture_ = ReadFileBytes(FixturePath("full_config.xml"));
+    ASSERT_FALSE(fixture_.empty());
+    path_ = dir_.Path("config.xml");
+    WriteFileBytes(path_, fixture_);
+  }
+
+  std::unique_ptr<IPCConfig> Load(const std::string& path) {
+    auto cfg = NewConfig();
+    EXPECT_EQ(ParseConfigXML(path.c_str(), cfg.get()), 0);
+    return cfg;
+  }
+
+  TempDir dir_;
+  std::string fixture_;
+  std::string path_;
+};
+
+TEST_F(ConfigDocument, LoadsEverySection) {
+  auto cfg = Load(path_);
+  EXPECT_STREQ(cfg->version.Version, "3.1.7");
+  const NetworkConfig& net = cfg->network;
+  EXPECT_STREQ(net.LAN.IPAddress, "192.168.1.88");
+  EXPECT_EQ(net.LAN.MTU, 1500u);
+  EXPECT_EQ(net.LAN.dhcpOffTime, 5);
+  EXPECT_STREQ(net.WIFI.ESSID, "\xE4\xB8\xAD\xE6\x96\x87-net");
+  EXPECT_STREQ(net.WIFI.Encrypt.WPAKeyValue, "secret<>");
+  EXPECT_EQ(net.WIFI.Encrypt.WEPKeyIndex, 2);
+  EXPECT_EQ(net.WIFI.PingWatch.MaxFail, 3);
+  EXPECT_STREQ(net.WIFIAp.Encrypt.WEPAuthMode, "shared key");
+  EXPECT_STREQ(net.AlarmServer.url, "http://alarm.example/in");
+  EXPECT_EQ(net.DDNS.FreshInterval, 600);
+  EXPECT_EQ(net.G3.Type, 0);
+  EXPECT_STREQ(net.G3.SMSC, "+8613800000001");
+  EXPECT_EQ(net.PPTP.MTU, 1400);
+  EXPECT_STREQ(net.P2P.Authcode, "ABCDEF123456");
+  // Sections of other modules are kept exactly as the file holds them.
+  for (const char* tag : kKeptTags) {
+    SCOPED_TRACE(tag);
+    const ConfigSectionText& kept = Kept(*cfg, tag);
+    std::string expected = ElementText(fixture_, tag);
+    ASSERT_FALSE(expected.empty());
+    EXPECT_EQ(std::string(kept.text, kept.length), expected);
+    EXPECT_EQ(kept.overflow, 0u);
+  }
+}
+
+TEST_F(ConfigDocument, OlderRootReadsTheSameAndSavesAsIPCConfig) {
+  auto expected = Load(path_);
+  std::string old_root = fixture_;
+  Replace(&old_root, "IPCConfig>", "VEXORAConfig>");
+  std::string old_path = dir_.Path("old.xml");
+  WriteFileBytes(old_path, old_root);
+  auto cfg = Load(old_path);
+  EXPECT_EQ(memcmp(cfg.get(), expected.get(), sizeof(IPCConfig)), 0);
+  std::string saved_path = dir_.Path("saved.xml");
+  ASSERT_EQ(SetConfigToXML_Ex(cfg.get(), saved_path.c_str()), 0);
+  std::string saved = ReadFileBytes(saved_path);
+  EXPECT_EQ(Count(saved, "VEXORAConfig"), 0u);
+  EXPECT_NE(saved.find("<IPCConfig> \n"), std::string::npos);
+}
+
+TEST_F(ConfigDocument, SaveAndReloadGiveAnEqualRecord) {
+  auto cfg = Load(path_);
+  std::string saved_path = dir_.Path("saved.xml");
+  ASSERT_EQ(SetConfigToXML_Ex(cfg.get(), saved_path.c_str()), 0);
+  auto again = Load(saved_path);
+  EXPECT_EQ(memcmp(cfg.get(), again.get(), sizeof(IPCConfig)), 0);
+  // A second save writes the same bytes.
+  std::string second_path = dir_.Path("second.xml");
+  ASSERT_EQ(SetConfigToXML_Ex(again.get(), second_path.c_str()), 0);
+  EXPECT_EQ(ReadFileBytes(second_path), ReadFileBytes(saved_path));
+  // Kept sections are written back byte for byte.
+  std::string saved = ReadFileBytes(saved_path);
+  for (const char* tag : kKeptTags)
+    EXPECT_NE(saved.find(ElementText(fixture_, tag)), std::string::npos) << tag;
+}
+
+TEST_F(ConfigDocument, FilledRecordRoundTripsThroughTheConfigurationFile) {
+  auto cfg = NewConfig();
+  memset(cfg.get(), 0, sizeof(IPCConfig));
+  FillNetworkConfig(&cfg->network);
+  strcpy(cfg->version.Version, "v\"1&2");
+  const char alarm[] = "<AlarmConfig><AudioAlarm enable_lsd=\"1\"/></AlarmConfig>";
+  strcpy(cfg->alarm.text, alarm);
+  cfg->alarm.length = sizeof(alarm) - 1;
+  ScopedConfigPath use(path_);
+  ASSERT_EQ(SetConfigToXML(cfg.get()), 0);
+  auto back = NewConfig();
+  ASSERT_EQ(GetConfigFromXml(back.get()), 0);
+  EXPECT_EQ(memcmp(cfg.get(), back.get(), sizeof(IPCConfig)), 0);
+  std::string saved = ReadFileBytes(path_);
+  EXPECT_EQ(Count(saved, "<SystemConfig"), 0u);  // absent sections stay absent
+}
+
+TEST_F(ConfigDocument, WrittenFormWithCarriageReturnsAsBlanks) {
+  auto cfg = Load(path_);
+  strcpy(cfg->network.LAN.hostname, "a\rb");
+  std::string saved_path = dir_.Path("saved.xml");
+  ASSERT_EQ(SetConfigToXML_Ex(cfg.get(), saved_path.c_str()), 0);
+  std::string saved = ReadFileBytes(saved_path);
+  EXPECT_EQ(saved.find('\r'), std::string::npos);
+  EXPECT_NE(saved.find("hostname=\"a b\""), std::string::npos);
+  const std::string head =
+      "<?xml version=\"1.0\" encoding=\"GB2312\" ?> \n<IPCConfig> \n"
+      "<ConfigVersion Version=\"3.1.7\"></ConfigVersion> \n<SystemConfig>";
+  EXPECT_EQ(saved.compare(0, head.size(), head), 0) << saved.substr(0, 200);
+  const char* order[] = {"<ConfigVersion", "<SystemConfig>", "<NetworkConfig>",
+                         "<ServerConfig>", "<MediaConfig>", "<MediaStreamConfig>",
+                         "<PlatformConfig>", "<GB28181Config>", "<RecordConfig>",
+                         "<AlarmConfig>", "</IPCConfig> \n"};
+  size_t at = 0;
+  for (const char* tag : order) {
+    size_t found = saved.find(tag, at);
+    ASSERT_NE(found, std::string::npos) << tag;
+    at = found;
+  }
+  EXPECT_EQ(at + strlen("</IPCConfig> \n"), saved.size());
+}
+
+TEST_F(ConfigDocument, FirstOfRepeatedSectionsCounts) {
+  std::string doubled = fixture_;
+  Replace(&doubled, "</IPCConfig>",
+          "<NetworkConfig><UPNPConfig Enable=\"7\"/></NetworkConfig>"
+          "<AlarmConfig>second</AlarmConfig></IPCConfig>");
+  WriteFileBytes(path_, doubled);
+  auto cfg = Load(path_);
+  EXPECT_EQ(cfg->network.UPNP.Enable, 1);
+  EXPECT_EQ(std::string(cfg->alarm.text), ElementText(fixture_, "AlarmConfig"));
+}
+
+TEST_F(ConfigDocument, BadDocumentsFailWithTheirMessage) {
+  const struct {
+    const char* content;  // null: no file at all
+    const char* message;
+  } cases[] = {
+      {nullptr, "]can not read config file\r\n\n"},
+      {"<IPCConfig><NetworkConfig>", "]ixmlParseBuffer error\r\n\n"},
+      {"<IPCConfig a=\"1\" a=\"2\"/>", "]ixmlParseBuffer error\r\n\n"},
+      {"", "]ixmlParseBuffer error\r\n\n"},
+      {"<Other><NetworkConfig/></Other>",
+       "]xmlDocument_getElementsByTagName(NetworkConfig) return NULL!\n\n"},
+  };
+  for (const auto& c : cases) {
+    std::string path = dir_.Path("bad.xml");
+    unlink(path.c_str());
+    if (c.content) WriteFileBytes(path, c.content);
+    auto cfg = NewConfig();
+    std::string printed =
+        CapturedStdout([&] { EXPECT_EQ(ParseConfigXML(path.c_str(), cfg.get()), -1); });
+    EXPECT_NE(printed.find(c.message), std::string::npos) << printed;
+    std::unique_ptr<IPCConfig> zero(new IPCConfig());
+    EXPECT_EQ(memcmp(cfg.get(), zero.get(), sizeof(IPCConfig)), 0) << "not cleared";
+  }
+  EXPECT_EQ(ParseConfigXML(path_.c_str(), nullptr), -1);
+  EXPECT_EQ(ParseConfigXML(nullptr, NewConfig().get()), -1);
+}
+
+TEST_F(ConfigDocument, HostileButParsableDocuments) {
+  std::string doc = "<IPCConfig>";
+  for (int i = 0; i < 20000; ++i) doc += "<Junk n=\"" + std::to_string(i) + "\"/>";
+  doc += "<NetworkConfig><LANConfig MTU=\"x9\" hostname=\"" + std::string(100000, 'h') +
+         "\" DHCP=\"\xD6\xD0\"/><WIFIConfig ESSID=\"\xFF\xFF\x81\"/></NetworkConfig>";
+  doc += "<SystemConfig>" + std::string(QV_CONFIG_SECTION_TEXT_MAX, 's') + "</SystemConfig>";
+  doc += "</IPCConfig>";
+  WriteFileBytes(path_, doc);
+  auto cfg = Load(path_);
+  EXPECT_EQ(cfg->network.LAN.MTU, 1400u);
+  EXPECT_EQ(strlen(cfg->network.LAN.hostname), 63u);
+  EXPECT_EQ(cfg->network.LAN.DHCP, 0);
+  EXPECT_STREQ(cfg->network.WIFI.ESSID, "");
+  EXPECT_EQ(cfg->system.overflow, 1u);
+  EXPECT_EQ(cfg->system.length, 0u);
+}
+
+TEST_F(ConfigDocument, OverlongKeptSectionBlocksOnlyTheWholeSave) {
+  std::string big = fixture_;
+  Replace(&big, "</SystemConfig>",
+          "<Pad x=\"" + std::string(QV_CONFIG_SECTION_TEXT_MAX, 'p') + "\"/></SystemConfig>");
+  WriteFileBytes(path_, big);
+  int valid = -1;
+  EXPECT_EQ(CheckUserConfigFileValidity(path_.c_str(), &valid), 0);
+  EXPECT_EQ(valid, 0);
+  auto cfg = Load(path_);
+  ASSERT_EQ(cfg->system.overflow, 1u);
+  std::string printed =
+      CapturedStdout([&] { EXPECT_EQ(SetConfigToXML_Ex(cfg.get(), path_.c_str()), -1); });
+  EXPECT_NE(printed.find("]can not save vexora cfg\r\n\n"), std::string::npos);
+  EXPECT_EQ(ReadFileBytes(path_), big);
+  // Writing the network section alone leaves the big section in place.
+  ScopedConfigPath use(path_);
+  cfg->network.UPNP.Enable = 0;
+  ASSERT_EQ(SetNetworkConfig(&cfg->network), 0);
+  EXPECT_NE(ReadFileBytes(path_).find(ElementText(big, "SystemConfig")), std::string::npos);
+}
+
+TEST_F(ConfigDocument, ValidityOfGoodPartialAndUnreadableFiles) {
+  int valid = -1;
+  EXPECT_EQ(CheckUserConfigFileValidity(path_.c_str(), &valid), 0);
+  EXPECT_EQ(valid, 1);
+  std::string partial_path = dir_.Path("partial.xml");
+  WriteFileBytes(partial_path, fixture_.substr(0, fixture_.size() / 2));
+  valid = -1;
+  EXPECT_EQ(CheckUserConfigFileValidity(partial_path.c_str(), &valid), 0);
+  EXPECT_EQ(valid, 0);
+  std::string rootless_path = dir_.Path("rootless.xml");
+  WriteFileBytes(rootless_path, "<NetworkConfig/>");
+  valid = -1;
+  EXPECT_EQ(CheckUserConfigFileValidity(rootless_path.c_str(), &valid), 0);
+  EXPECT_EQ(valid, 0);
+  valid = -1;
+  EXPECT_EQ(CheckUserConfigFileValidity(dir_.Path("missing.xml").c_str(), &valid), -1);
+  EXPECT_EQ(valid, 0);
+  EXPECT_EQ(CheckUserConfigFileValidity(dir_.Path("").c_str(), &valid), -1);  // a folder
+  EXPECT_EQ(CheckUserConfigFileValidity(path_.c_str(), nullptr), -1);
+}
+
+class SectionWrite : public ConfigDocument {
+ protected:
+  void SetUp() override {
+    ConfigDocument::SetUp();
+    use_.reset(new ScopedConfigPath(path_));
+    FillNetworkConfig(&net_);
+  }
+  void TearDown() override { use_.reset(); }
+
+  std::unique_ptr<ScopedConfigPath> use_;
+  NetworkConfig net_;
+};
+
+TEST_F(SectionWrite, ReplacesTheSectionAndLeavesTheRest) {
+  ASSERT_EQ(SetNetworkConfig(&net_), 0);
+  std::string after = ReadFileBytes(path_);
+  size_t start = fixture_.find("<NetworkConfig>");
+  size_t rest = fixture_.find("</NetworkConfig>") + strlen("</NetworkConfig>\n");
+  EXPECT_EQ(after.compare(0, start, fixture_, 0, start), 0);
+  std::string tail = fixture_.substr(rest);
+  ASSERT_GE(after.size(), tail.size());
+  EXPECT_EQ(after.substr(after.size() - tail.size()), tail);
+  EXPECT_EQ(Count(after, "<NetworkConfig>"), 1u);
+  char* text = XMLGET_NetworkConfig(&net_);
+  std::string written = text;
+  free(text);
+  Replace(&written, "\r", " ");
+  EXPECT_EQ(after.substr(start, after.size() - tail.size() - start), written);
+
+  NetworkConfig back;
+  ASSERT_EQ(GetNetworkConfig(&back), 0);
+  EXPECT_EQ(memcmp(&back, &net_, sizeof(back)), 0);
+  int valid = 0;
+  EXPECT_EQ(CheckUserConfigFileValidity(path_.c_str(), &valid), 0);
+  EXPECT_EQ(valid, 1);
+}
+
+TEST_F(SectionWrite, InsertsAMissingSectionBeforeTheRootEnd) {
+  for (const char* root : {"IPCConfig", "VEXORAConfig"}) {
+    std::string doc = std::string("<?xml version=\"1.0\"?>\n<") + root + ">\n<SystemConfig/>\n</" +
+                      root + ">\n";
+    WriteFileBytes(path_, doc);
+    ASSERT_EQ(SetNetworkConfig(&net_), 0) << root;
+    std::string after = ReadFileBytes(path_);
+    size_t at = after.find("<NetworkConfig>");
+    ASSERT_NE(at, std::string::npos);
+    EXPECT_EQ(after.substr(0, at), doc.substr(0, doc.find("</")));
+    EXPECT_EQ(after.substr(after.size() - strlen(root) - 4), std::string("</") + root + ">\n");
+    NetworkConfig back;
+    ASSERT_EQ(GetNetworkConfig(&back), 0);
+    EXPECT_EQ(memcmp(&back, &net_, sizeof(back)), 0);
+  }
+}
+
+TEST_F(SectionWrite, NothingToSpliceIntoLeavesTheFileAlone) {
+  const char* contents[] = {
+      "<?xml version=\"1.0\"?>\n<Other/>\n",        // neither section nor root end
+      "<IPCConfig>\n<NetworkConfig>\n<LANConfig/>\n",  // a start tag without its end
+      "",
+  };
+  for (const char* content : contents) {
+    WriteFileBytes(path_, content);
+    std::string printed = CapturedStdout([&] { EXPECT_EQ(SetNetworkConfig(&net_), -1); });
+    EXPECT_NE(printed.find("]can not save <NetworkConfig> cfg\n"), std::string::npos);
+    EXPECT_EQ(ReadFileBytes(path_), content);
+  }
+  unlink(path_.c_str());
+  EXPECT_EQ(SetNetworkConfig(&net_), -1);
+  EXPECT_NE(access(path_.c_str(), F_OK), 0);
+  EXPECT_EQ(SetNetworkConfig(nullptr), -1);
+}
+
+TEST_F(SectionWrite, FailedWriteKeepsTheOldFile) {
+  // A file size limit below the new document's size makes the write fail
+  // half way.
+  struct sigaction ignore, old_action;
+  memset(&ignore, 0, sizeof(ignore));
+  ignore.sa_handler = SIG_IGN;
+  sigaction(SIGXFSZ, &ignore, &old_action);
+  struct rlimit old_limit;
+  getrlimit(RLIMIT_FSIZE, &old_limit);
+  struct rlimit small = old_limit;
+  small.rlim_cur = 1024;
+  setrlimit(RLIMIT_FSIZE, &small);
+  int rc = SetNetworkConfig(&net_);
+  auto cfg = Load(path_);
+  int whole = SetConfigToXML(cfg.get());
+  setrlimit(RLIMIT_FSIZE, &old_limit);
+  sigaction(SIGXFSZ, &old_action, nullptr);
+  EXPECT_EQ(rc, -1);
+  EXPECT_EQ(whole, -1);
+  EXPECT_EQ(ReadFileBytes(path_), fixture_);
+  // No temporary file is left behind.
+  EXPECT_EQ(CountEntries(dir_.Path("")), 1);
+}
+
+TEST_F(SectionWrite, SaveToAMissingFolderFails) {
+  auto cfg = Load(path_);
+  std::string printed = CapturedStdout([&] {
+    EXPECT_EQ(SetConfigToXML_Ex(cfg.get(), dir_.Path("no/such/config.xml").c_str()), -1);
+  });
+  EXPECT_NE(printed.find("]open error\n\n"), std::string::npos);
+  EXPECT_NE(printed.find("]can not save vexora cfg\r\n\n"), std::string::npos);
+}
+
+TEST_F(SectionWrite, SectionReadFailures) {
+  WriteFileBytes(path_, "<IPCConfig><SystemConfig/></IPCConfig>");
+  NetworkConfig back;
+  std::string printed = CapturedStdout([&] { EXPECT_EQ(GetNetworkConfig(&back), -1); });
+  EXPECT_NE(printed.find("]xmlDocument_getElementsByTagName(NetworkConfig) return NULL!\n\n"),
+            std::string::npos);
+  WriteFileBytes(path_, "<IPCConfig><NetworkConfig>");
+  printed = CapturedStdout([&] { EXPECT_EQ(GetNetworkConfig(&back), -1); });
+  EXPECT_NE(printed.find("]ixmlParseBuffer error, cfgname=NetworkConfig\r\n\n"),
+            std::string::npos);
+  unlink(path_.c_str());
+  printed = CapturedStdout([&] { EXPECT_EQ(GetNetworkConfig(&back), -1); });
+  EXPECT_NE(printed.find("]can not read config file\r\n\n"), std::string::npos);
+}
+
+TEST_F(SectionWrite, ConfigVersionIsAppendedOnEveryCall) {
+  ConfigVersion v = {"4.0"};
+  ASSERT_EQ(SetConfigVersion(&v), 0);
+  strcpy(v.Version, "5.0");
+  ASSERT_EQ(SetConfigVersion(&v), 0);
+  std::string after = ReadFileBytes(path_);
+  EXPECT_EQ(Count(after, "<ConfigVersion "), 3u);
+  EXPECT_EQ(after.substr(after.find("</AlarmConfig>")),
+            "</AlarmConfig>\n \n<ConfigVersion Version=\"4.0\"></ConfigVersion> \n"
+            " \n<ConfigVersion Version=\"5.0\"></ConfigVersion> \n</IPCConfig>\n");
+  ConfigVersion read;
+  ASSERT_EQ(GetConfigVersion(&read), 0);
+  EXPECT_STREQ(read.Version, "3.1.7");  // the first one
+  auto cfg = Load(path_);
+  EXPECT_STREQ(cfg->version.Version, "3.1.7");
+}
+
+TEST(SectionSplice, SpansAndSkippedLineEnds) {
+  std::string out;
+  ASSERT_TRUE(SpliceSection("<R>\n<A>\n<x/>\n</A>\r\n\t<B/></R>", "A", "<A/>\r\n", &out));
+  EXPECT_EQ(out, "<R>\n<A/>\r\n<B/></R>");
+  ASSERT_TRUE(SpliceSection("<VEXORAConfig><B/></VEXORAConfig>", "A", "<A/>", &out));
+  EXPECT_EQ(out, "<VEXORAConfig><B/><A/></VEXORAConfig>");
+  EXPECT_FALSE(SpliceSection("<R><A></R>", "A", "<A/>", &out));
+  EXPECT_FALSE(SpliceSection("<R/>", "A", "<A/>", &out));
+  EXPECT_FALSE(SpliceSection("<IPCConfig></IPCConfig>", "A", nullptr, &out));
+}
+
+}  // namespace
