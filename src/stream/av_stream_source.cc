@@ -62,7 +62,7 @@ void CAvStreamSource::Run() {
   }
   // A host that stops the stream learns nothing new from an event; a stream
   // that ends by itself (watchdog, refused address) is reported.
-  bool by_host = !pull_->IsRunning();
+  bool by_host = pull_->StoppedByHost();
   QV_LOG("[%s:%d]stream source exit, url=%s", pull_->Address().c_str());
   if (!by_host) pull_->ReportStatus(EVENT_RTSPTHREADEXIT, pull_->Address().c_str());
 }
@@ -81,6 +81,8 @@ int CAvStreamSource::Open(const std::string& url) {
   int ret = avformat_open_input(&ctx_, url.c_str(), nullptr, &options);
   av_dict_free(&options);
   if (ret < 0) return ret;  // the context is freed on failure
+  // The camera answered: from now on the watchdog expects frames.
+  if (pull_->LastDataTick() == 0) pull_->SetLastDataTick(GetTickCount());
   ret = avformat_find_stream_info(ctx_, nullptr);
   return ret < 0 ? ret : 0;
 }
@@ -109,7 +111,6 @@ CAvStreamSource::Outcome CAvStreamSource::Session() {
     pull_->ReportStatus(refused ? EVENT_RTSP_AUTHERROR : EVENT_CONNECTRTSPERROR, address.c_str());
     return kRetry;
   }
-  if (pull_->LastDataTick() == 0) pull_->SetLastDataTick(GetTickCount());
   pull_->ReportStatus(EVENT_CONNECTRTSPOK, address.c_str());
   LearnParams();
   clock_.Restart();

@@ -4,10 +4,17 @@
 #include "base/debug_log.h"
 #include "stream/rtsp_object_list.h"
 
-CPullClass::CPullClass(CRTSPObjectList* owner, int pull_mode, int auto_reconnect)
-    : owner_(owner), pull_mode_(pull_mode), auto_reconnect_(auto_reconnect) {}
+std::atomic<int> CPullClass::live_count_{0};
 
-CPullClass::~CPullClass() { Kill(-1); }
+CPullClass::CPullClass(CRTSPObjectList* owner, int pull_mode, int auto_reconnect)
+    : owner_(owner), pull_mode_(pull_mode), auto_reconnect_(auto_reconnect) {
+  ++live_count_;
+}
+
+CPullClass::~CPullClass() {
+  Kill(-1);
+  --live_count_;
+}
 
 CPullClass* CPullClass::Add(const char* address, const char* user, const char* password,
                             int link_mode, QV_RealDataCallBack callback, void* user_data) {

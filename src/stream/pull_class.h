@@ -63,6 +63,14 @@ class CPullClass : public CThreadClass, public CGetFrameActionClass {
   int IsMainStream() const { return main_stream_; }
   void SetMainStream(int main_stream) { main_stream_ = main_stream; }
 
+  // The host stopped this stream (as opposed to the watchdog or the source
+  // giving up).
+  void MarkStoppedByHost() { stopped_by_host_ = true; }
+  bool StoppedByHost() const { return stopped_by_host_; }
+
+  // Pull objects alive in the process.
+  static int LiveCount() { return live_count_; }
+
   // Kept for the registry's interface; the watchdog does not reconnect. 0.
   int SetAutoReconnect(int on);
   int Reconnect();
@@ -86,4 +94,6 @@ class CPullClass : public CThreadClass, public CGetFrameActionClass {
   std::atomic<unsigned long> last_data_tick_{0};
   QV_RealDataCallBack callback_ = nullptr;
   void* user_data_ = nullptr;
+  std::atomic<bool> stopped_by_host_{false};
+  static std::atomic<int> live_count_;
 };

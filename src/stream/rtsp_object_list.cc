@@ -57,6 +57,7 @@ CPullClass* CRTSPObjectList::GetRtspObject(long handle, int erase) {
 }
 
 void CRTSPObjectList::DestroyPull(CPullClass* pull, int wait) {
+  pull->MarkStoppedByHost();
   if (pthread_equal(pull->Handle(), pthread_self()) && pull->IsRunning()) {
     // A callback stops its own stream: the thread cannot join itself, so it
     // ends the stream when the callback returns and destroys the pull then.
@@ -86,7 +87,10 @@ int CRTSPObjectList::ReleaseAll(int wait) {
     if (wait != 0) pulls_.clear();
   }
   // Every pull is asked first, so that all of them wind down together.
-  for (CPullClass* pull : pulls) pull->SetStopFlag();
+  for (CPullClass* pull : pulls) {
+    pull->MarkStoppedByHost();
+    pull->SetStopFlag();
+  }
   if (wait != 0) {
     for (CPullClass* pull : pulls) DestroyPull(pull, wait);
   }

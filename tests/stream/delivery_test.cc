@@ -20,7 +20,6 @@ const int kWaitMs = 20000;
 class DeliveryTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    if (getenv("QV_TEST_LOG") != nullptr) IP_NET_DVR_LOG_OPEN();
     IP_NET_DVR_SetStatusEventCallBack(&FrameLog::OnStatus, &log_);
   }
   void TearDown() override {

@@ -1,6 +1,7 @@
 #include "frame_log_helper.h"
 
 #include <chrono>
+#include <cstdlib>
 
 long FrameLog::OnFrame(long handle, unsigned long type, char* data, unsigned long length,
                        FRAME_EXTDATA* extra) {
@@ -73,3 +74,12 @@ int CountType(const std::vector<Frame>& frames, unsigned long type) {
   for (const Frame& f : frames) n += f.type == type ? 1 : 0;
   return n;
 }
+
+namespace {
+// QV_TEST_LOG=1 in the environment shows the library's log on the console.
+struct ConsoleLogSwitch {
+  ConsoleLogSwitch() {
+    if (getenv("QV_TEST_LOG") != nullptr) IP_NET_DVR_LOG_OPEN();
+  }
+} console_log_switch;
+}  // namespace

@@ -27,8 +27,9 @@ struct RtspOptions {
   int fps = 25;
   int key_interval = 25;       // frames between key frames
   int bitrate_kbps = 512;
-  // >= 0: every media stops sending (the session stays open) this many
-  // milliseconds after it started; -1: never.
+  // > 0: every media stops sending (the session stays open) this many
+  // milliseconds after it started. 0: the media never starts, so the camera
+  // accepts connections but leaves DESCRIBE unanswered. -1: never silent.
   int silent_after_ms = -1;
   // Non-empty: the root path serves this H.264 file (MP4 or Matroska) as it
   // is, paced in real time, instead of encoding test video; no audio.
