@@ -4,10 +4,13 @@ extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
 #include <libavutil/error.h>
+#include <libavutil/log.h>
 }
 
+#include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <mutex>
 
 #include "base/compat.h"
 #include "base/debug_log.h"
@@ -39,9 +42,23 @@ size_t Mpeg4HeaderLength(const uint8_t* data, size_t size) {
   }
   return 0;
 }
+// libav's own messages (warnings and worse) go to the library's log instead
+// of the host's standard error.
+void AvLogToDebugLog(void*, int level, const char* fmt, va_list args) {
+  if (level > AV_LOG_WARNING) return;
+  char text[512];
+  vsnprintf(text, sizeof(text), fmt, args);
+  size_t len = strlen(text);
+  while (len > 0 && text[len - 1] == '\n') text[--len] = '\0';
+  QV_LOG("[%s:%d]libav: %s", text);
+}
+
+std::once_flag g_av_log_once;
 }  // namespace
 
-CAvStreamSource::CAvStreamSource(CPullClass* pull) : pull_(pull) {}
+CAvStreamSource::CAvStreamSource(CPullClass* pull) : pull_(pull) {
+  std::call_once(g_av_log_once, [] { av_log_set_callback(AvLogToDebugLog); });
+}
 
 CAvStreamSource::~CAvStreamSource() { Close(); }
 

@@ -48,6 +48,9 @@ void Usage(FILE* out) {
           "  --rtsp-audio KIND    audio of the RTSP streams: g711 (default), aac, none\n"
           "  --rtsp-size WxH      H.264 and /mpeg4 picture size (default 320x240)\n"
           "  --rtsp-silent-after MS  every stream stops sending MS ms after it starts\n"
+          "  --rtsp-bitrate KBPS  encoder bit rate (default 512)\n"
+          "  --rtsp-pattern NAME  test picture (videotestsrc pattern, default ball)\n"
+          "  --rtsp-shared        one encoder per path, shared by all clients\n"
           "  --help\n");
 }
 
@@ -94,7 +97,7 @@ int main(int argc, char** argv) {
   enum {
     kPort = 1000, kBind, kUser, kPassword, kSessionId, kConfig, kUserData, kNoFrontReplay,
     kAlarmEvery, kAlarmCode, kSilentLogin, kRefuseLogin, kNoHeartbeat, kDelayMs, kQuiet, kHelp,
-    kRtspPort, kRtspAudio, kRtspSize, kRtspSilentAfter
+    kRtspPort, kRtspAudio, kRtspSize, kRtspSilentAfter, kRtspBitrate, kRtspPattern, kRtspShared
   };
   static const option kOptions[] = {
       {"port", required_argument, nullptr, kPort},
@@ -117,6 +120,9 @@ int main(int argc, char** argv) {
       {"rtsp-audio", required_argument, nullptr, kRtspAudio},
       {"rtsp-size", required_argument, nullptr, kRtspSize},
       {"rtsp-silent-after", required_argument, nullptr, kRtspSilentAfter},
+      {"rtsp-bitrate", required_argument, nullptr, kRtspBitrate},
+      {"rtsp-pattern", required_argument, nullptr, kRtspPattern},
+      {"rtsp-shared", no_argument, nullptr, kRtspShared},
       {nullptr, 0, nullptr, 0},
   };
 
@@ -166,6 +172,16 @@ int main(int argc, char** argv) {
         ok = sscanf(optarg, "%dx%d", &rtsp.width, &rtsp.height) == 2 && rtsp.width >= 16 &&
              rtsp.height >= 16 && rtsp.width <= 4096 && rtsp.height <= 4096;
         break;
+      case kRtspBitrate:
+        ok = ParseInt(optarg, 16, 100000, &number);
+        rtsp.bitrate_kbps = static_cast<int>(number);
+        break;
+      case kRtspPattern:
+        rtsp.pattern = optarg;
+        ok = rtsp.pattern.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789-") ==
+                 std::string::npos && !rtsp.pattern.empty();
+        break;
+      case kRtspShared: rtsp.shared = true; break;
       case kRtspSilentAfter:
         ok = ParseInt(optarg, 1, 86400000, &number);
         rtsp.silent_after_ms = static_cast<int>(number);

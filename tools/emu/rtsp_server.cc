@@ -148,18 +148,17 @@ std::string RtspLaunchLine(const RtspOptions& o, const std::string& path) {
            Format(kGate, 0, 0, 0) + " ! rtph264pay name=pay0 pt=96 )";
   }
   if (path.empty()) {
-    video = Format(" videotestsrc is-live=true pattern=ball ! video/x-raw,width=%d,height=%d,"
-                   "framerate=%d/1",
-                   o.width, o.height, o.fps) +
+    video = " videotestsrc is-live=true pattern=" + o.pattern +
+            Format(" ! video/x-raw,width=%d,height=%d,framerate=%d/1", o.width, o.height, o.fps) +
             Format(" ! x264enc tune=zerolatency speed-preset=ultrafast key-int-max=%d"
                    " bitrate=%d ! video/x-h264,profile=constrained-baseline",
                    o.key_interval, o.bitrate_kbps, 0) +
             Format(kGate, 0, 0, 0) + " ! rtph264pay name=pay0 pt=96";
   } else {
     bool cif = path == "/mpeg4cif";
-    video = Format(" videotestsrc is-live=true pattern=ball ! video/x-raw,width=%d,height=%d,"
-                   "framerate=%d/1",
-                   cif ? 352 : o.width, cif ? 288 : o.height, o.fps) +
+    video = " videotestsrc is-live=true pattern=" + o.pattern +
+            Format(" ! video/x-raw,width=%d,height=%d,framerate=%d/1", cif ? 352 : o.width,
+                   cif ? 288 : o.height, o.fps) +
             Format(" ! avenc_mpeg4 name=mpeg4enc gop-size=%d bitrate=%d", o.key_interval,
                    o.bitrate_kbps * 1000, 0) +
             Format(kGate, 0, 0, 0) + " ! rtpmp4vpay name=pay0 pt=96";
@@ -204,6 +203,7 @@ bool RtspServer::Start(const RtspOptions& options, int port) {
   for (const char* path : kPaths) {
     GstRTSPMediaFactory* factory = gst_rtsp_media_factory_new();
     gst_rtsp_media_factory_set_launch(factory, RtspLaunchLine(options, path).c_str());
+    gst_rtsp_media_factory_set_shared(factory, options.shared ? TRUE : FALSE);
     if (!options.user.empty()) {
       gst_rtsp_media_factory_add_role(factory, kRole, GST_RTSP_PERM_MEDIA_FACTORY_ACCESS,
                                       G_TYPE_BOOLEAN, TRUE, GST_RTSP_PERM_MEDIA_FACTORY_CONSTRUCT,

@@ -27,6 +27,10 @@ struct RtspOptions {
   int fps = 25;
   int key_interval = 25;       // frames between key frames
   int bitrate_kbps = 512;
+  std::string pattern = "ball";  // videotestsrc pattern (e.g. "snow" for busy pictures)
+  // One media (one encoder) shared by every client of a path, instead of one
+  // per client.
+  bool shared = false;
   // > 0: every media stops sending (the session stays open) this many
   // milliseconds after it started. 0: the media never starts, so the camera
   // accepts connections but leaves DESCRIBE unanswered. -1: never silent.
