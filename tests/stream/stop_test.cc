@@ -166,7 +166,9 @@ TEST(Watchdog, StopsAStreamOnceAfterItsDataStops) {
 class SilentCamera : public ::testing::Test {
  protected:
   void SetUp() override {
-    SetTimerScale(0.05);  // period 150 ms, silence limit 500 ms
+    // Period 600 ms, silence limit 2 s: longer than the client's first second
+    // of learning the stream, which is not counted as data.
+    SetTimerScale(0.2);
     IP_NET_DVR_SetStatusEventCallBack(&FrameLog::OnStatus, &log_);
   }
   void TearDown() override {
@@ -180,7 +182,7 @@ class SilentCamera : public ::testing::Test {
 
 TEST_F(SilentCamera, AStreamThatFallsSilentIsStoppedAndReportedOnce) {
   qvemu::RtspOptions options;
-  options.silent_after_ms = 1500;
+  options.silent_after_ms = 3000;
   ASSERT_TRUE(server_.Start(options));
   int stopped_before = OjbectRtspList.SilentStreamsStopped();
   long handle = PlayAt(server_.Port(), &FrameLog::OnFrame, &log_);
@@ -189,7 +191,7 @@ TEST_F(SilentCamera, AStreamThatFallsSilentIsStoppedAndReportedOnce) {
   ASSERT_TRUE(log_.WaitForStatus(EVENT_RTSPTHREADEXIT, kWaitMs));
   EXPECT_EQ(OjbectRtspList.SilentStreamsStopped(), stopped_before + 1);
   int frames = log_.Count(0);
-  SleepMs(500);
+  SleepMs(1500);
   EXPECT_EQ(log_.StatusCount(EVENT_RTSPTHREADEXIT), 1);
   EXPECT_EQ(log_.Count(0), frames) << "no frames after the stop";
   EXPECT_EQ(IP_NET_DVR_StopRealPlay(handle), 0) << "still registered";
