@@ -115,4 +115,57 @@ QV_API long IP_NET_DVR_GetAudioParam(long handle, QV_AUDIO_PARAM* audio);
  * 0, or -1 for a null or empty path or a file that cannot be opened. */
 QV_API long IP_NET_DVR_WriteTestResult(const char* path);
 
+/* ------------------------------------------------------------------ */
+/* Recording to AVI files                                              */
+/* ------------------------------------------------------------------ */
+/* Where files go, their names, lengths, free-space rule, format and the
+ * events 42 to 49 (status callback, id = the handle) are described in the
+ * README ("Recording and conversion"). */
+
+#define QV_E_RECORD_RUNNING     (-8999973) /* the stream is already recording */
+#define QV_E_RECORD_NOT_RUNNING (-8999972) /* the stream is not recording */
+#define QV_E_RECORD_THREAD      (-8999971) /* the record thread did not start */
+#define QV_E_RECORD_NO_PARAM    (-8999970) /* the stream's parameters are not known yet */
+
+/* Records a playing stream. `name` ending in ".avi" or ".AVI" (and longer
+ * than 4 characters): exactly one file of that name, recording `a` seconds
+ * (b is ignored). Any other name: a storage directory, files of `a` seconds
+ * each for `b` seconds in all (0 or less: until IP_NET_DVR_StopRecord).
+ * Start after the stream's parameters have arrived (the first callback of
+ * type QV_FRAME_AVPARAM). 0; QV_E_BAD_RECORD_NAME for a name of at most one
+ * character; QV_E_RECORD_RUNNING; QV_E_RECORD_NO_PARAM; QV_E_RECORD_THREAD;
+ * QV_E_UNKNOWN_HANDLE. Stopping the stream stops its recording. */
+QV_API long IP_NET_DVR_StartRecord(long handle, const char* name, int a, int b);
+
+/* Ends the recording; the open file is closed and given its final name
+ * before this returns. 0, QV_E_RECORD_NOT_RUNNING or QV_E_UNKNOWN_HANDLE. */
+QV_API long IP_NET_DVR_StopRecord(long handle);
+
+/* Recording of frames that the host supplies (from its own source or a
+ * file), with the same recorder, names and events as IP_NET_DVR_StartRecord.
+ * `param` describes the stream as a QV_FRAME_AVPARAM block would (codec
+ * names "H264" or "MPEG4", "G711U"/"G711A" or "AAC", sizes, rates, the
+ * MPEG-4 VOL header in video.config); name, a and b as for
+ * IP_NET_DVR_StartRecord. Returns a handle of its own (positive) for the
+ * two calls below, or a negative code (QV_E_INVALID_ARG for a null param,
+ * or one of IP_NET_DVR_StartRecord's). The handle is not a real-play handle
+ * of a camera: no callback receives its frames. */
+QV_API long IP_NET_DVR_StartRecordStream(const __STREAM_AV_PARAM* param,
+                                         const char* name, int a, int b);
+
+/* One frame of a host-fed recording: type QV_FRAME_VIDEO (one access unit
+ * or VOP; flag 1 for a key frame: recording starts at the first one) or
+ * QV_FRAME_AUDIO (flag 0); timestamp in milliseconds on one clock for both.
+ * The bytes are copied. The recorder keeps up to 29 frames of each kind in
+ * hand; a faster host loses the oldest. 0; QV_E_INVALID_ARG for another
+ * type, null data or length <= 0; QV_E_RECORD_NOT_RUNNING after
+ * IP_NET_DVR_StopRecord on the handle; QV_E_UNKNOWN_HANDLE. */
+QV_API long IP_NET_DVR_InputRecordStream(long handle, int type,
+                                         const unsigned char* data, int length,
+                                         int flag, double timestamp);
+
+/* Ends a host-fed recording (the open file is closed and renamed) and
+ * forgets the handle. 0 or QV_E_UNKNOWN_HANDLE. */
+QV_API long IP_NET_DVR_StopRecordStream(long handle);
+
 #endif /* QUORVEL_STREAM_H */

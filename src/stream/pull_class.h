@@ -15,6 +15,7 @@
 #include "stream/frame_action.h"
 
 class CRTSPObjectList;
+class CRecordTask;
 
 class CPullClass : public CThreadClass, public CGetFrameActionClass {
  public:
@@ -71,6 +72,19 @@ class CPullClass : public CThreadClass, public CGetFrameActionClass {
   // Pull objects alive in the process.
   static int LiveCount() { return live_count_; }
 
+  // Starts a record task on this stream's parameters (see CRecordTask):
+  // `name` is the storage directory, or with by_file_name the ".avi" file.
+  // 0; -8999973 while recording; -8999970 before the stream's parameters are
+  // known; -8999971 when the record thread does not start.
+  int StartRecord(const char* name, int max_file_seconds, int duration_seconds,
+                  int by_file_name);
+  // Stops the task (its open file is closed and renamed) and destroys it.
+  // 0, or -8999972 when not recording.
+  int StopRecord();
+  int IsRecording();
+  // Frames waiting in the record task's rings (0 when not recording).
+  int PendingRecordFrames();
+
   // Kept for the registry's interface; the watchdog does not reconnect. 0.
   int SetAutoReconnect(int on);
   int Reconnect();
@@ -95,5 +109,7 @@ class CPullClass : public CThreadClass, public CGetFrameActionClass {
   QV_RealDataCallBack callback_ = nullptr;
   void* user_data_ = nullptr;
   std::atomic<bool> stopped_by_host_{false};
+  int recording_ = 0;                    // under "record_task_object"
+  CRecordTask* record_task_ = nullptr;   // under "record_task_object"
   static std::atomic<int> live_count_;
 };

@@ -3,11 +3,13 @@
 #include <pthread.h>
 
 #include <cstdio>
+#include <cstring>
 #include <vector>
 
 #include "base/compat.h"
 #include "base/debug_log.h"
 #include "base/time_scale.h"
+#include "stream/record_stream_pull.h"
 #include "stream/rtsp_pull_class.h"
 
 namespace {
@@ -148,6 +150,59 @@ int CRTSPObjectList::GetAudioParam(long handle, QV_AUDIO_PARAM* audio) {
   *audio = param.audio;
   return 0;
 }
+
+int CRTSPObjectList::StartRecord(long handle, const char* name, int a, int b) {
+  size_t len = name != nullptr ? strlen(name) : 0;
+  if (len <= 1) {
+    QV_LOG("[%s:%d]%s %d error ", name != nullptr ? name : "(null)", static_cast<int>(len));
+    return -8999963;
+  }
+  bool file_name = len > 4 && (strcmp(name + len - 4, ".avi") == 0 ||
+                               strcmp(name + len - 4, ".AVI") == 0);
+  CriticalSectionGuard guard(&general_lock_);
+  auto it = pulls_.find(handle);
+  if (it == pulls_.end()) return -8999989;
+  if (file_name) return it->second->StartRecord(name, a, a, 1);
+  return it->second->StartRecord(name, a, b, 0);
+}
+
+int CRTSPObjectList::StopRecord(long handle) {
+  CPullClass* pull = GetRtspObject(handle, 0);
+  return pull != nullptr ? pull->StopRecord() : -8999989;
+}
+
+long CRTSPObjectList::StartRecordStream(const __STREAM_AV_PARAM* param, const char* name, int a,
+                                        int b) {
+  if (param == nullptr) return -8999992;
+  CRecordStreamPull* pull = nullptr;
+  while ((pull = new (std::nothrow) CRecordStreamPull(this, *param)) == nullptr) SleepUs(10);
+  long handle = pull->RealPlayHandle();
+  {
+    CriticalSectionGuard guard(&general_lock_);
+    pulls_[handle] = pull;
+  }
+  int ret = StartRecord(handle, name, a, b);
+  if (ret != 0) {
+    GetRtspObject(handle, 1);
+    delete pull;
+    return ret;
+  }
+  return handle;
+}
+
+int CRTSPObjectList::InputRecordStream(long handle, int type, const unsigned char* data,
+                                       int length, int flag, double timestamp) {
+  if (data == nullptr || length <= 0 || (type != QV_FRAME_VIDEO && type != QV_FRAME_AUDIO))
+    return -8999992;
+  CPullClass* pull = GetRtspObject(handle, 0);
+  if (pull == nullptr) return -8999989;
+  if (!pull->IsRecording()) return -8999972;
+  unsigned char* bytes = const_cast<unsigned char*>(data);
+  if (type == QV_FRAME_VIDEO) return pull->OnGetVideoFrame(bytes, length, flag, timestamp);
+  return pull->OnGetAudioFrame(bytes, length, flag, timestamp);
+}
+
+int CRTSPObjectList::StopRecordStream(long handle) { return Delete(handle); }
 
 int CRTSPObjectList::GetLastErrorCode() { return last_error_.exchange(0); }
 

@@ -51,6 +51,28 @@ class CRTSPObjectList : public CThreadClass {
   int GetVideoParam(long handle, QV_VIDEO_PARAM* video);
   int GetAudioParam(long handle, QV_AUDIO_PARAM* audio);
 
+  // Recording of a registered stream. A name of at most one character:
+  // -8999963. A name longer than 4 characters ending in ".avi" or ".AVI" is
+  // one file of `a` seconds (the whole duration); any other name is a
+  // storage directory with files of `a` seconds for a duration of `b`
+  // seconds. Otherwise as CPullClass::StartRecord; -8999989 unknown handle.
+  int StartRecord(long handle, const char* name, int a, int b);
+  int StopRecord(long handle);
+
+  // Host-fed recording: registers a pull without a source for the given
+  // parameters, starts its recording as StartRecord does, and returns its
+  // handle (or a negative code: -8999992 null parameters, or those of
+  // StartRecord; nothing stays registered then).
+  long StartRecordStream(const __STREAM_AV_PARAM* param, const char* name, int a, int b);
+  // One frame of a host-fed stream: type 0 video (flag 1 = key frame), 1
+  // audio; time stamps in milliseconds on one clock. 0; -8999992 for another
+  // type, null data or a length of 0 or less; -8999972 when its recording
+  // has ended (StopRecord); -8999989 unknown handle.
+  int InputRecordStream(long handle, int type, const unsigned char* data, int length, int flag,
+                        double timestamp);
+  // Stops the recording and forgets the handle. 0, or -8999989.
+  int StopRecordStream(long handle);
+
   // The last error, reset to 0 by reading.
   int GetLastErrorCode();
   void SetLastError(int code) { last_error_ = code; }
