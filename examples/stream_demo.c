@@ -1,6 +1,7 @@
 /*
- * Live stream demo: plays a camera's H.264 stream for a few seconds and
- * prints what arrived. Usage: stream_demo ADDRESS PORT [USER PASSWORD [SECONDS]]
+ * Live stream demo: plays a camera's H.264 stream for a few seconds, records
+ * it meanwhile into an AVI file, and prints what arrived.
+ * Usage: stream_demo ADDRESS PORT [USER PASSWORD [SECONDS [FILE.avi]]]
  * (for the emulator: quorvel-emu --rtsp-port 0 prints the port).
  */
 #include <stdio.h>
@@ -54,9 +55,10 @@ int main(int argc, char** argv) {
   int seconds;
   struct timespec pause = {0, 100 * 1000 * 1000};
   int i;
+  int recording = 0;
 
   if (argc < 3) {
-    fprintf(stderr, "usage: %s ADDRESS PORT [USER PASSWORD [SECONDS]]\n", argv[0]);
+    fprintf(stderr, "usage: %s ADDRESS PORT [USER PASSWORD [SECONDS [FILE.avi]]]\n", argv[0]);
     return 2;
   }
   seconds = argc > 5 ? atoi(argv[5]) : 4;
@@ -77,7 +79,15 @@ int main(int argc, char** argv) {
   }
   printf("playing %s:%d for %d s (handle %lx)\n", argv[1], info.port, seconds,
          (unsigned long)handle);
-  for (i = 0; i < seconds * 10; ++i) nanosleep(&pause, NULL);
+  for (i = 0; i < seconds * 10; ++i) {
+    nanosleep(&pause, NULL);
+    if (argc > 6 && c.params > 0 && !recording) {
+      long ret = IP_NET_DVR_StartRecord(handle, argv[6], 3600, 0);
+      printf("recording into %s: %ld\n", argv[6], ret);
+      recording = ret == 0;
+    }
+  }
+  if (recording) printf("stop recording: %ld\n", IP_NET_DVR_StopRecord(handle));
 
   if (IP_NET_DVR_GetVideoParam(handle, &video) == 0 &&
       IP_NET_DVR_GetAudioParam(handle, &audio) == 0) {
