@@ -15,6 +15,7 @@
 #include "base/compat.h"
 #include "emu/camera.h"
 #include "emu/config_store.h"
+#include "emu/rtsp_server.h"
 
 namespace {
 
@@ -40,7 +41,16 @@ void Usage(FILE* out) {
           "  --refuse-login[=F]   refuse every login with flag F (default -1)\n"
           "  --no-heartbeat       leave heartbeats unanswered\n"
           "  --delay-ms N         delay every reply by N milliseconds\n"
-          "  --quiet              print only the first line\n"
+          "  --quiet              print only the first line (and the RTSP line)\n"
+          "live stream:\n"
+          "  --rtsp-port N        also serve RTSP on port N (0: a free port, printed on\n"
+          "                       start) with the login user and password\n"
+          "  --rtsp-audio KIND    audio of the RTSP streams: g711 (default), aac, none\n"
+          "  --rtsp-size WxH      H.264 and /mpeg4 picture size (default 320x240)\n"
+          "  --rtsp-silent-after MS  every stream stops sending MS ms after it starts\n"
+          "  --rtsp-bitrate KBPS  encoder bit rate (default 512)\n"
+          "  --rtsp-pattern NAME  test picture (videotestsrc pattern, default ball)\n"
+          "  --rtsp-shared        one encoder per path, shared by all clients\n"
           "  --help\n");
 }
 
@@ -86,7 +96,8 @@ qvemu::AlarmSpec AlarmNow(int code, unsigned count) {
 int main(int argc, char** argv) {
   enum {
     kPort = 1000, kBind, kUser, kPassword, kSessionId, kConfig, kUserData, kNoFrontReplay,
-    kAlarmEvery, kAlarmCode, kSilentLogin, kRefuseLogin, kNoHeartbeat, kDelayMs, kQuiet, kHelp
+    kAlarmEvery, kAlarmCode, kSilentLogin, kRefuseLogin, kNoHeartbeat, kDelayMs, kQuiet, kHelp,
+    kRtspPort, kRtspAudio, kRtspSize, kRtspSilentAfter, kRtspBitrate, kRtspPattern, kRtspShared
   };
   static const option kOptions[] = {
       {"port", required_argument, nullptr, kPort},
@@ -105,6 +116,13 @@ int main(int argc, char** argv) {
       {"delay-ms", required_argument, nullptr, kDelayMs},
       {"quiet", no_argument, nullptr, kQuiet},
       {"help", no_argument, nullptr, kHelp},
+      {"rtsp-port", required_argument, nullptr, kRtspPort},
+      {"rtsp-audio", required_argument, nullptr, kRtspAudio},
+      {"rtsp-size", required_argument, nullptr, kRtspSize},
+      {"rtsp-silent-after", required_argument, nullptr, kRtspSilentAfter},
+      {"rtsp-bitrate", required_argument, nullptr, kRtspBitrate},
+      {"rtsp-pattern", required_argument, nullptr, kRtspPattern},
+      {"rtsp-shared", no_argument, nullptr, kRtspShared},
       {nullptr, 0, nullptr, 0},
   };
 
@@ -114,6 +132,8 @@ int main(int argc, char** argv) {
   long refuse_flag = -1, alarm_every = 0, alarm_code = 1, delay_ms = 0, number = 0;
   bool heartbeat = true;
   const char* config_path = nullptr;
+  long rtsp_port = -1;
+  qvemu::RtspOptions rtsp;
   int c;
   while ((c = getopt_long(argc, argv, "", kOptions, nullptr)) != -1) {
     bool ok = true;
@@ -140,6 +160,32 @@ int main(int argc, char** argv) {
       case kDelayMs: ok = ParseInt(optarg, 0, 600000, &delay_ms); break;
       case kQuiet: options.verbose = false; break;
       case kHelp: Usage(stdout); return 0;
+      case kRtspPort: ok = ParseInt(optarg, 0, 65535, &rtsp_port); break;
+      case kRtspAudio:
+        ok = std::string(optarg) == "g711" || std::string(optarg) == "aac" ||
+             std::string(optarg) == "none";
+        rtsp.audio = std::string(optarg) == "aac"    ? qvemu::RtspAudio::kAac
+                     : std::string(optarg) == "none" ? qvemu::RtspAudio::kNone
+                                                     : qvemu::RtspAudio::kG711;
+        break;
+      case kRtspSize:
+        ok = sscanf(optarg, "%dx%d", &rtsp.width, &rtsp.height) == 2 && rtsp.width >= 16 &&
+             rtsp.height >= 16 && rtsp.width <= 4096 && rtsp.height <= 4096;
+        break;
+      case kRtspBitrate:
+        ok = ParseInt(optarg, 16, 100000, &number);
+        rtsp.bitrate_kbps = static_cast<int>(number);
+        break;
+      case kRtspPattern:
+        rtsp.pattern = optarg;
+        ok = rtsp.pattern.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789-") ==
+                 std::string::npos && !rtsp.pattern.empty();
+        break;
+      case kRtspShared: rtsp.shared = true; break;
+      case kRtspSilentAfter:
+        ok = ParseInt(optarg, 1, 86400000, &number);
+        rtsp.silent_after_ms = static_cast<int>(number);
+        break;
       default: ok = false;
     }
     if (!ok) {
@@ -181,6 +227,17 @@ int main(int argc, char** argv) {
     return 1;
   }
   printf("quorvel-emu listening on %s:%u\n", options.bind_address.c_str(), camera.Port());
+  qvemu::RtspServer rtsp_server;
+  if (rtsp_port >= 0) {
+    rtsp.user = options.user;
+    rtsp.password = options.password;
+    if (!rtsp_server.Start(rtsp, static_cast<int>(rtsp_port))) {
+      fprintf(stderr, "quorvel-emu: cannot serve RTSP on 127.0.0.1:%ld\n", rtsp_port);
+      camera.Stop();
+      return 1;
+    }
+    printf("quorvel-emu rtsp on 127.0.0.1:%d\n", rtsp_server.Port());
+  }
   if (options.verbose) {
     printf("login: user \"%s\", password \"%s\"; stop with Ctrl-C\n", options.user.c_str(),
            options.password.c_str());
@@ -196,6 +253,7 @@ int main(int argc, char** argv) {
       camera.SendAlarm({AlarmNow(static_cast<int>(alarm_code), ++alarms)});
     }
   }
+  rtsp_server.Stop();
   camera.Stop();
   if (options.verbose) printf("quorvel-emu stopped\n");
   return 0;

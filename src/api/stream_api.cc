@@ -1,0 +1,73 @@
+// Exported live-stream functions: real play, stop, the global real-data
+// callback, the parameter blocks and the statistics file.
+#include <string>
+
+#include "base/compat.h"
+#include "base/debug_log.h"
+#include "quorvel/quorvel.h"
+#include "quorvel/stream.h"
+#include "stream/rtsp_object_list.h"
+#include "stream/stream_address.h"
+
+QV_API long IP_NET_DVR_RealPlayEx(const char* address, const char* user, const char* password,
+                                  QV_RealDataCallBack callback, ClientInfo* info, int) {
+  QV_LOG("[%s:%d]%s", __FUNCTION__);
+  QV_LOG("[%s:%d]IP_NET_DVR_RealPlayEx, ip:%s", address != nullptr ? address : "(null)");
+  unsigned long start = GetTickCount();
+  if (info == nullptr) {
+    QV_LOG("[%s:%d]pUser is null error");
+    return QV_E_REALPLAY_ARG;
+  }
+  if (address == nullptr) {
+    QV_LOG("[%s:%d]server ip is null error");
+    return QV_E_REALPLAY_ARG;
+  }
+  if (callback == nullptr) {
+    QV_LOG("[%s:%d]callback function not allow empty error");
+    return QV_E_REALPLAY_ARG;
+  }
+  std::string path = StreamPathFor(info->codec_family, info->stream_index);
+  std::string url = BuildStreamAddress(address, info->port, path, true);
+  QV_LOG("[%s:%d]%s", url.c_str());
+  long handle = OjbectRtspList.Add(url.c_str(), user, password, info->link_mode,
+                                   info->stream_index, callback, info->user_data);
+  QV_LOG("[%s:%d]%s(%s) end,use tick=%d...", __FUNCTION__, address,
+         static_cast<int>(GetTickCount() - start));
+  return handle;
+}
+
+QV_API long IP_NET_DVR_StopRealPlay(long handle) {
+  QV_LOG("[%s:%d]%s(%d)", __FUNCTION__, static_cast<int>(handle));
+  unsigned long start = GetTickCount();
+  int ret = OjbectRtspList.Delete(handle);
+  QV_LOG("[%s:%d]%s(%d) end,use tick=%d...", __FUNCTION__, static_cast<int>(handle),
+         static_cast<int>(GetTickCount() - start));
+  return ret;
+}
+
+QV_API long IP_NET_DVR_SetRealDataCallBack(QV_RealDataCallBack callback, void* user) {
+  QV_LOG("[%s:%d]%s(%d)\n", __FUNCTION__, 0);
+  OjbectRtspList.SetRealDataCallBack(callback, user);
+  return 0;
+}
+
+QV_API long IP_NET_DVR_GetVideoParam(long handle, QV_VIDEO_PARAM* video) {
+  QV_LOG("[%s:%d]%s(%d) start..", __FUNCTION__, static_cast<int>(handle));
+  unsigned long start = GetTickCount();
+  if (video == nullptr) return QV_E_INVALID_ARG;
+  int ret = OjbectRtspList.GetVideoParam(handle, video);
+  QV_LOG("[%s:%d]%s(%d) end,use tick=%d", __FUNCTION__, static_cast<int>(handle),
+         static_cast<int>(GetTickCount() - start));
+  return ret;
+}
+
+QV_API long IP_NET_DVR_GetAudioParam(long handle, QV_AUDIO_PARAM* audio) {
+  QV_LOG("[%s:%d]%s(%d)", __FUNCTION__, static_cast<int>(handle));
+  if (audio == nullptr) return QV_E_INVALID_ARG;
+  return OjbectRtspList.GetAudioParam(handle, audio);
+}
+
+QV_API long IP_NET_DVR_WriteTestResult(const char* path) {
+  QV_LOG("[%s:%d]%s(%d)\n", __FUNCTION__, 0);
+  return OjbectRtspList.WriteStatInfo(path);
+}

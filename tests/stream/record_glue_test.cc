@@ -1,0 +1,247 @@
+// Recording a live stream and a host-fed stream through the exported
+// functions: arguments, file names, events, and the chunks in the files.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "base/compat.h"
+#include "black_hole_helper.h"
+#include "emu/rtsp_server.h"
+#include "frame_log_helper.h"
+#include "quorvel/quorvel.h"
+#include "stream/pull_class.h"
+#include "stream/rtsp_object_list.h"
+
+namespace {
+
+const int kWaitMs = 20000;
+
+long Ignore(long, unsigned long, char*, unsigned long, FRAME_EXTDATA*) { return 0; }
+
+struct AviChunks {
+  bool ok = false;
+  int video = 0;
+  int audio = 0;
+  int index_entries = 0;
+  bool first_video_is_key = false;
+};
+
+uint32_t Le32(const std::string& b, size_t at) {
+  return static_cast<uint32_t>(static_cast<unsigned char>(b[at])) |
+         static_cast<uint32_t>(static_cast<unsigned char>(b[at + 1])) << 8 |
+         static_cast<uint32_t>(static_cast<unsigned char>(b[at + 2])) << 16 |
+         static_cast<uint32_t>(static_cast<unsigned char>(b[at + 3])) << 24;
+}
+
+// Walks the chunks after the header image (10,296 bytes with audio, 5,960
+// without) up to the index.
+AviChunks ReadChunks(const std::string& path, size_t header_size) {
+  std::ifstream in(path, std::ios::binary);
+  std::string b((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  AviChunks c;
+  if (b.size() < header_size || b.compare(0, 4, "RIFF") != 0 ||
+      b.compare(header_size - 8, 4, "movi") != 0)
+    return c;
+  size_t at = header_size;
+  while (at + 12 <= b.size()) {
+    std::string id = b.substr(at, 4);
+    if (id == "idx1") {
+      c.index_entries = static_cast<int>(Le32(b, at + 8) / 32);
+      c.ok = true;
+      break;
+    }
+    uint32_t len = Le32(b, at + 8);
+    if (id == "00dc") {
+      if (c.video == 0)
+        c.first_video_is_key = len > 5 && b.compare(at + 12, 4, std::string("\0\0\0\1", 4)) == 0 &&
+                               (b[at + 16] & 0x1F) == 7;
+      ++c.video;
+    } else if (id == "01wb") {
+      ++c.audio;
+    } else {
+      return c;
+    }
+    at += 12 + len;
+  }
+  return c;
+}
+
+// Waits until at most `most` frames wait in the pull's record rings.
+bool WaitPending(CPullClass* pull, int most) {
+  for (int i = 0; i < 2000; ++i) {
+    if (pull->PendingRecordFrames() <= most) return true;
+    SleepMs(10);
+  }
+  return false;
+}
+
+bool Exists(const std::string& path) {
+  struct stat st;
+  return stat(path.c_str(), &st) == 0;
+}
+
+std::string TestDir(const char* name) {
+  std::string dir = std::string(QUORVEL_BINARY_DIR) + "/tests/" + name;
+  mkdir(dir.c_str(), 0755);
+  return dir;
+}
+
+class RecordLive : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    IP_NET_DVR_SetStatusEventCallBack(&FrameLog::OnStatus, &log_);
+    ASSERT_TRUE(server_.Start(qvemu::RtspOptions()));
+  }
+  void TearDown() override {
+    IP_NET_DVR_SetStatusEventCallBack(nullptr, nullptr);
+    server_.Stop();
+  }
+  long Play() {
+    ClientInfo info;
+    memset(&info, 0, sizeof(info));
+    info.port = server_.Port();
+    info.codec_family = 1;
+    info.user_data = &log_;
+    return IP_NET_DVR_RealPlayEx("127.0.0.1", "admin", "admin", &FrameLog::OnFrame, &info, 0);
+  }
+  FrameLog log_;
+  qvemu::RtspServer server_;
+};
+
+TEST_F(RecordLive, AFileNameRecordsOneFileUnderItsTemporaryNameFirst) {
+  std::string file = TestDir("record_live") + "/clip.AVI";
+  remove(file.c_str());
+  long handle = Play();
+  ASSERT_TRUE(log_.WaitFor([](const std::vector<Frame>& f) { return CountType(f, 2) >= 1; },
+                           kWaitMs));
+  ASSERT_EQ(IP_NET_DVR_StartRecord(handle, file.c_str(), 60, 0), 0);
+  EXPECT_EQ(IP_NET_DVR_StartRecord(handle, file.c_str(), 60, 0), QV_E_RECORD_RUNNING);
+  ASSERT_TRUE(log_.WaitForStatus(EVNET_RECORD_FILEBEGIN, kWaitMs));
+  int start = log_.Count(0);
+  ASSERT_TRUE(log_.WaitFor([start](const std::vector<Frame>& f) { return CountType(f, 0) >= start + 75; },
+                           kWaitMs));
+  EXPECT_TRUE(Exists(file + ".tmp"));
+  EXPECT_FALSE(Exists(file));
+  ASSERT_EQ(IP_NET_DVR_StopRecord(handle), 0);
+  EXPECT_FALSE(Exists(file + ".tmp"));
+  ASSERT_TRUE(Exists(file));
+  EXPECT_EQ(IP_NET_DVR_StopRecord(handle), QV_E_RECORD_NOT_RUNNING);
+  EXPECT_EQ(IP_NET_DVR_StopRealPlay(handle), 0);
+
+  AviChunks c = ReadChunks(file, 10296);
+  ASSERT_TRUE(c.ok);
+  EXPECT_GE(c.video, 40);
+  EXPECT_GE(c.audio, 10);
+  EXPECT_TRUE(c.first_video_is_key) << "the file starts at a key frame with its SPS";
+  EXPECT_EQ(c.index_entries, c.video + c.audio);
+  for (const StatusEvent& e : log_.Statuses()) {
+    if (e.code >= 42 && e.code <= 49) {
+      EXPECT_EQ(e.id, handle);
+    }
+  }
+  EXPECT_EQ(log_.StatusCount(EVENT_RECORD_FILEEND), 1);
+  remove(file.c_str());
+}
+
+TEST_F(RecordLive, StoppingTheStreamEndsItsRecordingInADayFolder) {
+  std::string dir = TestDir("record_dir");
+  long handle = Play();
+  ASSERT_TRUE(log_.WaitFor([](const std::vector<Frame>& f) { return CountType(f, 2) >= 1; },
+                           kWaitMs));
+  ASSERT_EQ(IP_NET_DVR_StartRecord(handle, dir.c_str(), 300, 600), 0);
+  ASSERT_TRUE(log_.WaitForStatus(EVNET_RECORD_FILEBEGIN, kWaitMs));
+  EXPECT_EQ(IP_NET_DVR_StopRealPlay(handle), 0);
+  ASSERT_EQ(log_.StatusCount(EVENT_RECORD_FILEEND), 1);
+  std::string path;
+  for (const StatusEvent& e : log_.Statuses()) {
+    if (e.code == EVENT_RECORD_FILEEND) path = e.text;
+  }
+  ASSERT_TRUE(Exists(path)) << path;
+  EXPECT_EQ(path.compare(0, dir.size() + 1, dir + "/"), 0);
+  EXPECT_NE(path.find("-av-1.avi"), std::string::npos) << "audio and video, main stream";
+  remove(path.c_str());
+}
+
+TEST(RecordArgs, NamesHandlesAndMissingParametersAreRefused) {
+  ClientInfo info;
+  memset(&info, 0, sizeof(info));
+  info.port = ClosedPort();
+  info.codec_family = 1;
+  long handle = IP_NET_DVR_RealPlayEx("127.0.0.1", "u", "p", &Ignore, &info, 0);
+  EXPECT_EQ(IP_NET_DVR_StartRecord(handle, "x", 10, 10), -8999963);
+  EXPECT_EQ(IP_NET_DVR_StartRecord(handle, "", 10, 10), -8999963);
+  EXPECT_EQ(IP_NET_DVR_StartRecord(handle, nullptr, 10, 10), -8999963);
+  EXPECT_EQ(IP_NET_DVR_StartRecord(12345, "/tmp", 10, 10), QV_E_UNKNOWN_HANDLE);
+  EXPECT_EQ(IP_NET_DVR_StartRecord(handle, "/tmp", 10, 10), QV_E_RECORD_NO_PARAM);
+  EXPECT_EQ(IP_NET_DVR_StopRecord(handle), QV_E_RECORD_NOT_RUNNING);
+  EXPECT_EQ(IP_NET_DVR_StopRecord(12345), QV_E_UNKNOWN_HANDLE);
+  EXPECT_EQ(IP_NET_DVR_StopRealPlay(handle), 0);
+  EXPECT_EQ(IP_NET_DVR_StartRecordStream(nullptr, "/tmp", 10, 10), QV_E_INVALID_ARG);
+  unsigned char byte = 0;
+  EXPECT_EQ(IP_NET_DVR_InputRecordStream(12345, 0, &byte, 1, 1, 0), QV_E_UNKNOWN_HANDLE);
+  EXPECT_EQ(IP_NET_DVR_StopRecordStream(12345), QV_E_UNKNOWN_HANDLE);
+}
+
+TEST_F(RecordLive, HostFedFramesAreRecordedFromTheFirstKeyFrame) {
+  // Frames taken from the emulator's stream are handed back in as a
+  // host-fed recording, starting with two frames before a key frame.
+  long play = Play();
+  ASSERT_TRUE(log_.WaitFor([](const std::vector<Frame>& f) { return CountType(f, 0) >= 80; },
+                           kWaitMs));
+  IP_NET_DVR_StopRealPlay(play);
+  std::vector<Frame> frames = log_.Frames();
+  __STREAM_AV_PARAM param;
+  ASSERT_EQ(frames[0].type, 2u);
+  memcpy(&param, frames[0].bytes.data(), sizeof(param));
+  size_t second_key = 0;
+  for (size_t i = 1, keys = 0; i < frames.size() && second_key == 0; ++i) {
+    if (frames[i].type == 0 && frames[i].flag == 1 && ++keys == 2) second_key = i;
+  }
+  ASSERT_GT(second_key, 3u);
+  size_t first = second_key - 3;
+  while (frames[first].type != 0) --first;
+
+  std::string file = TestDir("record_fed") + "/fed.avi";
+  remove(file.c_str());
+  long handle = IP_NET_DVR_StartRecordStream(&param, file.c_str(), 60, 0);
+  ASSERT_GT(handle, 0);
+  CPullClass* pull = OjbectRtspList.GetRtspObject(handle, 0);
+  EXPECT_EQ(IP_NET_DVR_InputRecordStream(handle, 2, frames[0].bytes.data(), 812, 0, 0),
+            QV_E_INVALID_ARG);
+  int fed_video = 0, fed_audio = 0, dropped_before_key = 0;
+  bool key_seen = false;
+  for (size_t i = first; i < frames.size(); ++i) {
+    const Frame& f = frames[i];
+    if (f.type > 1) continue;
+    ASSERT_EQ(IP_NET_DVR_InputRecordStream(handle, static_cast<int>(f.type), f.bytes.data(),
+                                           static_cast<int>(f.bytes.size()), f.flag, f.timestamp),
+              0);
+    if (f.type == 0) {
+      key_seen = key_seen || f.flag == 1;
+      if (key_seen) ++fed_video; else ++dropped_before_key;
+    } else {
+      ++fed_audio;
+    }
+    // The recorder holds 29 frames of each kind: let it keep up.
+    ASSERT_TRUE(WaitPending(pull, 10));
+  }
+  ASSERT_TRUE(WaitPending(pull, 0));
+  ASSERT_EQ(IP_NET_DVR_StopRecordStream(handle), 0);
+  EXPECT_EQ(IP_NET_DVR_InputRecordStream(handle, 0, frames[1].bytes.data(), 1, 0, 0),
+            QV_E_UNKNOWN_HANDLE);
+  AviChunks c = ReadChunks(file, 10296);
+  ASSERT_TRUE(c.ok);
+  EXPECT_GE(dropped_before_key, 1);
+  EXPECT_EQ(c.video, fed_video);
+  EXPECT_TRUE(c.first_video_is_key);
+  EXPECT_GT(c.audio, 0);
+  EXPECT_LE(c.audio, fed_audio);
+  remove(file.c_str());
+}
+
+}  // namespace

@@ -1,0 +1,200 @@
+// Ending streams: the host's stop, from any state and from inside a callback,
+// and the watchdog's stop of streams that went silent.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstring>
+#include <thread>
+
+#include "base/compat.h"
+#include "base/time_scale.h"
+#include "black_hole_helper.h"
+#include "emu/rtsp_server.h"
+#include "frame_log_helper.h"
+#include "quorvel/quorvel.h"
+#include "stream/pull_class.h"
+#include "stream/rtsp_object_list.h"
+
+namespace {
+
+const int kWaitMs = 20000;
+
+long Ignore(long, unsigned long, char*, unsigned long, FRAME_EXTDATA*) { return 0; }
+
+long PlayAt(int port, QV_RealDataCallBack cb, void* user) {
+  ClientInfo info;
+  memset(&info, 0, sizeof(info));
+  info.port = port;
+  info.codec_family = 1;
+  info.user_data = user;
+  return IP_NET_DVR_RealPlayEx("127.0.0.1", "admin", "admin", cb, &info, 0);
+}
+
+long ElapsedMs(std::chrono::steady_clock::time_point since) {
+  return static_cast<long>(std::chrono::duration_cast<std::chrono::milliseconds>(
+                               std::chrono::steady_clock::now() - since)
+                               .count());
+}
+
+bool WaitUntil(const std::function<bool()>& pred, int timeout_ms) {
+  auto start = std::chrono::steady_clock::now();
+  while (!pred()) {
+    if (ElapsedMs(start) > timeout_ms) return false;
+    SleepMs(10);
+  }
+  return true;
+}
+
+TEST(HostStop, ReturnsWithinASecondWhileTheCameraNeverAnswers) {
+  BlackHole hole;
+  long handle = PlayAt(hole.Port(), &Ignore, nullptr);
+  ASSERT_GT(handle, 0);
+  ASSERT_TRUE(hole.Accept(kWaitMs)) << "the client connects and waits for the answer";
+  auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(IP_NET_DVR_StopRealPlay(handle), 0);
+  EXPECT_LT(ElapsedMs(start), 1000);
+}
+
+TEST(HostStop, ReturnsWithinASecondBetweenRefusedConnectionAttempts) {
+  FrameLog log;
+  IP_NET_DVR_SetStatusEventCallBack(&FrameLog::OnStatus, &log);
+  long handle = PlayAt(ClosedPort(), &Ignore, nullptr);
+  ASSERT_TRUE(log.WaitForStatus(EVENT_CONNECTRTSPERROR, kWaitMs));
+  auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(IP_NET_DVR_StopRealPlay(handle), 0);
+  EXPECT_LT(ElapsedMs(start), 1000);
+  IP_NET_DVR_SetStatusEventCallBack(nullptr, nullptr);
+  EXPECT_EQ(log.StatusCount(EVENT_RTSPTHREADEXIT), 0) << "the host knows it stopped the stream";
+}
+
+class CallbackStop : public ::testing::Test {
+ protected:
+  void SetUp() override { ASSERT_TRUE(server_.Start(qvemu::RtspOptions())); }
+  void TearDown() override { server_.Stop(); }
+  qvemu::RtspServer server_;
+};
+
+struct SlowHost {
+  std::atomic<int> in_callback{0};
+  std::atomic<bool> stopped{false};
+  std::atomic<int> late_calls{0};
+  std::atomic<int> calls{0};
+};
+
+long SlowCallback(long, unsigned long type, char*, unsigned long, FRAME_EXTDATA* extra) {
+  SlowHost* host = static_cast<SlowHost*>(extra->user);
+  if (host->stopped) ++host->late_calls;
+  ++host->calls;
+  if (type == 0) {
+    host->in_callback = 1;
+    SleepMs(200);  // a host that takes its time with a frame
+    host->in_callback = 0;
+  }
+  return 0;
+}
+
+TEST_F(CallbackStop, StopWhileTheCallbackRunsWaitsForItAndEndsDelivery) {
+  SlowHost host;
+  long handle = PlayAt(server_.Port(), &SlowCallback, &host);
+  ASSERT_TRUE(WaitUntil([&] { return host.in_callback == 1; }, kWaitMs));
+  EXPECT_EQ(IP_NET_DVR_StopRealPlay(handle), 0);
+  host.stopped = true;
+  EXPECT_EQ(host.in_callback, 0) << "the stop waited for the running callback";
+  int calls = host.calls;
+  SleepMs(300);  // a window in which a late frame would show up
+  EXPECT_EQ(host.late_calls, 0);
+  EXPECT_EQ(host.calls, calls);
+}
+
+struct SelfStopper {
+  std::atomic<long> handle{0};
+  std::atomic<int> frames{0};
+  std::atomic<long> stop_result{1};
+  std::atomic<int> after_stop{0};
+};
+
+long StopOwnStream(long handle, unsigned long type, char*, unsigned long, FRAME_EXTDATA* extra) {
+  SelfStopper* s = static_cast<SelfStopper*>(extra->user);
+  if (s->stop_result != 1) {
+    ++s->after_stop;
+    return 0;
+  }
+  if (type == 0 && ++s->frames == 5) s->stop_result = IP_NET_DVR_StopRealPlay(handle);
+  return 0;
+}
+
+TEST_F(CallbackStop, ACallbackMayStopItsOwnStream) {
+  int live_before = CPullClass::LiveCount();
+  SelfStopper stopper;
+  long handle = PlayAt(server_.Port(), &StopOwnStream, &stopper);
+  stopper.handle = handle;
+  ASSERT_TRUE(WaitUntil([&] { return stopper.stop_result != 1; }, kWaitMs));
+  EXPECT_EQ(stopper.stop_result, 0);
+  EXPECT_EQ(IP_NET_DVR_StopRealPlay(handle), -8999989) << "forgotten at once";
+  ASSERT_TRUE(WaitUntil([&] { return CPullClass::LiveCount() == live_before; }, kWaitMs))
+      << "the pull destroys itself when its thread ends";
+  EXPECT_EQ(stopper.after_stop, 0);
+}
+
+TEST(Watchdog, StopsAStreamOnceAfterItsDataStops) {
+  SetTimerScale(0.02);  // period 60 ms, silence limit 200 ms
+  CRTSPObjectList registry;
+  int port = ClosedPort();
+  std::string address = "rtsp://127.0.0.1:" + std::to_string(port);
+  long quiet = registry.Add(address.c_str(), "", "", 0, 0, &Ignore, nullptr);
+  long fed = registry.Add(address.c_str(), "", "", 0, 0, &Ignore, nullptr);
+  CPullClass* fed_pull = registry.GetRtspObject(fed, 0);
+  CPullClass* quiet_pull = registry.GetRtspObject(quiet, 0);
+  fed_pull->SetLastDataTick(GetTickCount());
+
+  ASSERT_TRUE(WaitUntil([&] { return fed_pull->StopFlag(); }, kWaitMs));
+  EXPECT_EQ(registry.SilentStreamsStopped(), 1);
+  // Several more periods: flagged once only; a stream that never had data is
+  // left alone; the stopped stream stays registered.
+  unsigned long flagged_at = fed_pull->LastDataTick();
+  SleepMs(600);
+  EXPECT_EQ(registry.SilentStreamsStopped(), 1);
+  EXPECT_EQ(fed_pull->LastDataTick(), flagged_at);
+  EXPECT_FALSE(quiet_pull->StopFlag());
+  EXPECT_EQ(registry.GetRtspObject(fed, 0), fed_pull);
+  EXPECT_EQ(registry.Delete(fed), 0);
+  EXPECT_EQ(registry.Delete(quiet), 0);
+  SetTimerScale(1.0);
+}
+
+class SilentCamera : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    // Period 1.2 s, silence limit 4 s: well above the client's first second
+    // of learning the stream (not counted as data) on a busy machine.
+    SetTimerScale(0.4);
+    IP_NET_DVR_SetStatusEventCallBack(&FrameLog::OnStatus, &log_);
+  }
+  void TearDown() override {
+    IP_NET_DVR_SetStatusEventCallBack(nullptr, nullptr);
+    server_.Stop();
+    SetTimerScale(1.0);
+  }
+  FrameLog log_;
+  qvemu::RtspServer server_;
+};
+
+TEST_F(SilentCamera, AStreamThatFallsSilentIsStoppedAndReportedOnce) {
+  qvemu::RtspOptions options;
+  options.silent_after_ms = 6000;
+  ASSERT_TRUE(server_.Start(options));
+  int stopped_before = OjbectRtspList.SilentStreamsStopped();
+  long handle = PlayAt(server_.Port(), &FrameLog::OnFrame, &log_);
+  ASSERT_TRUE(log_.WaitFor([](const std::vector<Frame>& f) { return CountType(f, 0) >= 3; },
+                           kWaitMs));
+  ASSERT_TRUE(log_.WaitForStatus(EVENT_RTSPTHREADEXIT, kWaitMs));
+  EXPECT_EQ(OjbectRtspList.SilentStreamsStopped(), stopped_before + 1);
+  int frames = log_.Count(0);
+  SleepMs(2500);
+  EXPECT_EQ(log_.StatusCount(EVENT_RTSPTHREADEXIT), 1);
+  EXPECT_EQ(log_.Count(0), frames) << "no frames after the stop";
+  EXPECT_EQ(IP_NET_DVR_StopRealPlay(handle), 0) << "still registered";
+}
+
+}  // namespace
