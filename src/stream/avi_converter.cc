@@ -16,6 +16,7 @@ extern "C" {
 #include "stream/aac_encoder.h"
 #include "stream/avi_header.h"
 #include "stream/frame_probe.h"
+#include "stream/h264_nal.h"
 
 namespace {
 
@@ -148,8 +149,10 @@ int CAviConverter::PlanVideo() {
     if (!chunks[i].video) continue;
     if (reader_.ReadChunk(i, &frame) != 0) return Fail(reader_.Error());
     if (h264) {
-      video_config_ = frame_probe::H264ParameterSets(frame.data(), frame.size());
-      video_ = !video_config_.empty() && frame_probe::H264IsKeyFrame(frame.data(), frame.size());
+      CH264ParamSets sets;
+      sets.Learn(frame.data(), frame.size());
+      video_config_ = sets.AnnexB();
+      video_ = sets.Known() && frame_probe::H264IsKeyFrame(frame.data(), frame.size());
     } else {
       size_t config = frame_probe::Mpeg4ConfigLength(frame.data(), frame.size());
       video_config_.assign(frame.begin(), frame.begin() + static_cast<long>(config));

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "stream/h264_nal.h"
+
 namespace frame_probe {
 
 namespace {
@@ -101,7 +103,7 @@ class BitWriter {
 const int kAacRates[13] = {96000, 88200, 64000, 48000, 44100, 32000, 24000,
                            22050, 16000, 12000, 11025, 8000,  7350};
 
-bool IsIntraSlice(const Nal& nal) {
+bool IsIntraSlice(const NalUnit& nal) {
   if (nal.size < 2) return false;
   BitReader bits(nal.data + 1, nal.size - 1);
   unsigned first_mb = 0, slice_type = 0;
@@ -144,43 +146,14 @@ double PredictionError(const uint8_t* data, size_t size, int16_t (*decode)(uint8
 
 }  // namespace
 
-std::vector<Nal> AnnexBUnits(const uint8_t* data, size_t size) {
-  std::vector<Nal> units;
-  if (data == nullptr) return units;
-  size_t at = NextStartCode(data, size, 0);
-  while (at < size) {
-    size_t begin = at + 3;
-    size_t next = NextStartCode(data, size, begin);
-    size_t end = next;
-    while (end > begin && data[end - 1] == 0) --end;  // zero byte of a 4-byte code
-    if (end > begin) units.push_back({data + begin, end - begin, data[begin] & 0x1F});
-    at = next;
-  }
-  return units;
-}
-
 bool H264IsKeyFrame(const uint8_t* data, size_t size) {
   bool sps = false;
-  for (const Nal& nal : AnnexBUnits(data, size)) {
+  for (const NalUnit& nal : SplitAnnexB(data, size)) {
     if (nal.type == 5) return true;
     if (nal.type == 7) sps = true;
     if (nal.type == 1) return sps && IsIntraSlice(nal);
   }
   return false;
-}
-
-std::vector<uint8_t> H264ParameterSets(const uint8_t* data, size_t size) {
-  static const uint8_t kStart[4] = {0, 0, 0, 1};
-  std::vector<uint8_t> sps, pps;
-  for (const Nal& nal : AnnexBUnits(data, size)) {
-    std::vector<uint8_t>* to = nal.type == 7 ? &sps : nal.type == 8 ? &pps : nullptr;
-    if (to == nullptr) continue;
-    to->insert(to->end(), kStart, kStart + 4);
-    to->insert(to->end(), nal.data, nal.data + nal.size);
-  }
-  if (sps.empty() || pps.empty()) return {};
-  sps.insert(sps.end(), pps.begin(), pps.end());
-  return sps;
 }
 
 size_t Mpeg4ConfigLength(const uint8_t* data, size_t size) {

@@ -9,23 +9,11 @@
 
 namespace frame_probe {
 
-// ---- H.264 in Annex-B form (00 00 01 or 00 00 00 01 start codes)
-
-// A NAL unit inside an Annex-B buffer: its header byte and payload.
-struct Nal {
-  const uint8_t* data;  // the NAL header byte
-  size_t size;
-  int type;             // nal_unit_type
-};
-std::vector<Nal> AnnexBUnits(const uint8_t* data, size_t size);
+// ---- H.264 in Annex-B form (NAL units: stream/h264_nal.h)
 
 // True for an access unit a decoder can start at: an IDR slice, or an intra
-// slice preceded by a sequence parameter set.
+// slice (its slice header read) preceded by a sequence parameter set.
 bool H264IsKeyFrame(const uint8_t* data, size_t size);
-
-// The SPS and PPS units of the buffer, each behind a 4-byte start code;
-// empty unless both are present.
-std::vector<uint8_t> H264ParameterSets(const uint8_t* data, size_t size);
 
 // ---- MPEG-4 Part 2
 
