@@ -57,6 +57,14 @@ int CAacEncoder::Encode(AVFrame* frame, const Sink& sink) {
   return ret == AVERROR(EAGAIN) || ret == AVERROR_EOF ? 0 : ret;
 }
 
+int CAacEncoder::EncodeFilled(const Sink& sink) {
+  frame_->nb_samples = filled_;
+  frame_->pts = next_pts_;
+  next_pts_ += filled_;
+  filled_ = 0;
+  return Encode(frame_, sink);
+}
+
 int CAacEncoder::Push(const int16_t* samples, int count, const Sink& sink) {
   if (ctx_ == nullptr || frame_ == nullptr) return AVERROR(EINVAL);
   for (int i = 0; i < count; ++i) {
@@ -69,11 +77,7 @@ int CAacEncoder::Push(const int16_t* samples, int count, const Sink& sink) {
       plane[filled_] = samples[static_cast<size_t>(i) * channels_ + c] / 32768.0f;
     }
     if (++filled_ == ctx_->frame_size) {
-      frame_->nb_samples = filled_;
-      frame_->pts = next_pts_;
-      next_pts_ += filled_;
-      filled_ = 0;
-      int ret = Encode(frame_, sink);
+      int ret = EncodeFilled(sink);
       if (ret < 0) return ret;
     }
   }
@@ -83,11 +87,7 @@ int CAacEncoder::Push(const int16_t* samples, int count, const Sink& sink) {
 int CAacEncoder::Flush(const Sink& sink) {
   if (ctx_ == nullptr) return AVERROR(EINVAL);
   if (filled_ > 0) {
-    frame_->nb_samples = filled_;
-    frame_->pts = next_pts_;
-    next_pts_ += filled_;
-    filled_ = 0;
-    int ret = Encode(frame_, sink);
+    int ret = EncodeFilled(sink);
     if (ret < 0) return ret;
   }
   return Encode(nullptr, sink);

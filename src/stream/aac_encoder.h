@@ -35,6 +35,7 @@ class CAacEncoder {
 
  private:
   int Encode(AVFrame* frame, const Sink& sink);
+  int EncodeFilled(const Sink& sink);  // the samples in frame_
 
   AVCodecContext* ctx_ = nullptr;
   AVFrame* frame_ = nullptr;

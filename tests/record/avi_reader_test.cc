@@ -10,7 +10,6 @@ extern "C" {
 #include <libavutil/log.h>
 }
 
-#include "base/time_scale.h"
 #include "media_helper.h"
 #include "record_helper.h"
 #include "stream/avi_converter.h"
@@ -29,15 +28,7 @@ void PutLe32(std::vector<uint8_t>& b, size_t at, uint32_t v) {
   for (int i = 0; i < 4; ++i) b[at + static_cast<size_t>(i)] = static_cast<uint8_t>(v >> (8 * i));
 }
 
-class AviReaderTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    ASSERT_FALSE(dir_.path().empty());
-    SetTimerScale(0.02);
-  }
-  void TearDown() override { SetTimerScale(1.0); }
-  TempDir dir_;
-};
+using AviReaderTest = RecordingTest;
 
 TEST_F(AviReaderTest, BothHeaderImagesChunksAndIndex) {
   RecordFeed av;
@@ -180,15 +171,9 @@ TEST_F(AviReaderTest, TruncatedAndCorruptedFilesNeverCrashTheConverter) {
   av_log_set_level(AV_LOG_QUIET);
   RecordFeed feed;
   feed.params = AvParams("H264", 320, 240, "G711U", 8000);
-  feed.video = DemuxFrames(
-      MakeMedia("testsrc.h264",
-                "-f lavfi -i testsrc=size=320x240:rate=25 -t 4 -c:v libx264 -bf 0 -g 25 "
-                "-pix_fmt yuv420p -x264-params repeat-headers=1"),
-      "h264");
+  feed.video = DemuxFrames(H264Media(), "h264");
   feed.video.resize(30);
-  feed.audio = SplitBytes(
-      MakeMedia("tone.ul", "-f lavfi -i sine=frequency=440:sample_rate=8000 -t 4 -c:a pcm_mulaw"),
-      160);
+  feed.audio = SplitBytes(ToneMedia("pcm_mulaw"), 160);
   feed.audio.resize(60);
   ASSERT_EQ(RecordFeedTo(feed, dir_ / "src.avi"), 30);
   const std::vector<uint8_t> good = ReadFileBytes(dir_ / "src.avi");

@@ -6,25 +6,13 @@
 
 #include <cmath>
 
-#include "base/time_scale.h"
 #include "media_helper.h"
 #include "record_helper.h"
 
 namespace {
 
-const char kH264[] =
-    "-f lavfi -i testsrc=size=320x240:rate=25 -t 4 -c:v libx264 -bf 0 -g 25 -pix_fmt yuv420p "
-    "-x264-params repeat-headers=1";
-const char kMpeg4[] = "-f lavfi -i testsrc=size=352x288:rate=25 -t 4 -c:v mpeg4 -bf 0 -g 25";
-const char kTone[] = "-f lavfi -i sine=frequency=440:sample_rate=8000 -t 4";
-
-class ConverterTest : public ::testing::Test {
+class ConverterTest : public RecordingTest {
  protected:
-  void SetUp() override {
-    ASSERT_FALSE(dir_.path().empty());
-    SetTimerScale(0.02);
-  }
-  void TearDown() override { SetTimerScale(1.0); }
 
   // Converts and checks what every converted file must satisfy.
   AviConvertReport Convert(const std::string& in, const std::string& out,
@@ -39,17 +27,15 @@ class ConverterTest : public ::testing::Test {
   RecordFeed H264Feed(const char* audio_codec) {
     RecordFeed feed;
     feed.params = AvParams("H264", 320, 240, audio_codec, 8000);
-    feed.video = DemuxFrames(MakeMedia("testsrc.h264", kH264), "h264");
+    feed.video = DemuxFrames(H264Media(), "h264");
     EXPECT_EQ(feed.video.size(), 100u);
     return feed;
   }
-
-  TempDir dir_;
 };
 
 TEST_F(ConverterTest, H264WithMuLawToAviAndMp4) {
   RecordFeed feed = H264Feed("G711U");
-  feed.audio = SplitBytes(MakeMedia("tone.ul", std::string(kTone) + " -c:a pcm_mulaw"), 160);
+  feed.audio = SplitBytes(ToneMedia("pcm_mulaw"), 160);
   // The recording joins the stream in the middle of its first second:
   // video waits for the key frame at 1 s, audio is taken from 0. The
   // picture and the sound of the converted file must still start together.
@@ -76,7 +62,7 @@ TEST_F(ConverterTest, H264WithMuLawToAviAndMp4) {
 
 TEST_F(ConverterTest, AacStoredRawOrAsAdts) {
   std::vector<MediaFrame> adts =
-      DemuxFrames(MakeMedia("tone.aac", std::string(kTone) + " -c:a aac"), "aac");
+      DemuxFrames(ToneMedia("aac"), "aac");
   ASSERT_GT(adts.size(), 30u);
 
   // Raw access units as an RTSP source hands them, their config from the
@@ -109,7 +95,7 @@ TEST_F(ConverterTest, AacStoredRawOrAsAdts) {
 TEST_F(ConverterTest, Mpeg4WithALawToldFromTheSamples) {
   RecordFeed feed;
   feed.params = AvParams("MPEG4", 352, 288, "G711A", 8000);
-  feed.video = DemuxFrames(MakeMedia("testsrc.m4v", kMpeg4), "m4v");
+  feed.video = DemuxFrames(Mpeg4Media(), "m4v");
   ASSERT_EQ(feed.video.size(), 100u);
   // The VOL header travels in the parameters; the recorder writes it ahead
   // of the first frame.
@@ -120,7 +106,7 @@ TEST_F(ConverterTest, Mpeg4WithALawToldFromTheSamples) {
   memcpy(feed.params.video.config, first.data(), vop);
   feed.params.video.config_len = static_cast<int>(vop);
   first.erase(first.begin(), first.begin() + static_cast<long>(vop));
-  feed.audio = SplitBytes(MakeMedia("tone.al", std::string(kTone) + " -c:a pcm_alaw"), 320);
+  feed.audio = SplitBytes(ToneMedia("pcm_alaw"), 320);
   feed.audio_ms = 40;
   std::string rec = dir_ / "m4.avi";
   ASSERT_EQ(RecordFeedTo(feed, rec), 100);
@@ -137,11 +123,7 @@ TEST_F(ConverterTest, TmpOfAKilledRecordingIsRecovered) {
   // Large frames, so that the 2 MB write buffer has reached the disk.
   RecordFeed feed;
   feed.params = AvParams("H264", 320, 240, "", 0);
-  feed.video = DemuxFrames(
-      MakeMedia("noise.h264",
-                "-f lavfi -i testsrc2=size=320x240:rate=25 -t 4 -vf noise=alls=20:allf=t "
-                "-c:v libx264 -preset ultrafast -bf 0 -g 25 -qp 20 -pix_fmt yuv420p"),
-      "h264");
+  feed.video = DemuxFrames(NoisyH264Media(), "h264");
   ASSERT_EQ(feed.video.size(), 100u);
   std::string rec = dir_ / "killed.avi";
   ASSERT_TRUE(RecordFeedAndKill(feed, rec));
@@ -157,7 +139,7 @@ TEST_F(ConverterTest, TmpOfAKilledRecordingIsRecovered) {
 
 TEST_F(ConverterTest, CopyCutInsideAChunkKeepsTheWholeChunks) {
   RecordFeed feed = H264Feed("G711U");
-  feed.audio = SplitBytes(MakeMedia("tone.ul", std::string(kTone) + " -c:a pcm_mulaw"), 160);
+  feed.audio = SplitBytes(ToneMedia("pcm_mulaw"), 160);
   std::string rec = dir_ / "whole.avi";
   ASSERT_EQ(RecordFeedTo(feed, rec), 100);
   RecordedFile f = ReadRecording(rec);

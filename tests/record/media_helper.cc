@@ -13,7 +13,7 @@ extern "C" {
 #include <libavformat/avformat.h>
 }
 
-#include "record_helper.h"
+#include "base/time_scale.h"
 #include "stream/disk_space.h"
 #include "stream/record_task.h"
 
@@ -62,6 +62,13 @@ int RecordAll(CRecordTask& task, const RecordFeed& feed, const std::string& file
 
 }  // namespace
 
+void RecordingTest::SetUp() {
+  ASSERT_FALSE(dir_.path().empty());
+  SetTimerScale(0.02);
+}
+
+void RecordingTest::TearDown() { SetTimerScale(1.0); }
+
 std::string MakeMedia(const std::string& file, const std::string& args) {
   std::string dir = std::string(QUORVEL_BINARY_DIR) + "/tests/media";
   mkdir(dir.c_str(), 0755);
@@ -83,6 +90,28 @@ std::string MakeMedia(const std::string& file, const std::string& args) {
     return "";
   }
   return path;
+}
+
+std::string H264Media() {
+  return MakeMedia("testsrc.h264",
+                   "-f lavfi -i testsrc=size=320x240:rate=25 -t 4 -c:v libx264 -bf 0 -g 25 "
+                   "-pix_fmt yuv420p -x264-params repeat-headers=1");
+}
+
+std::string NoisyH264Media() {
+  return MakeMedia("noise.h264",
+                   "-f lavfi -i testsrc2=size=320x240:rate=25 -t 4 -vf noise=alls=20:allf=t "
+                   "-c:v libx264 -preset ultrafast -bf 0 -g 25 -qp 20 -pix_fmt yuv420p");
+}
+
+std::string Mpeg4Media() {
+  return MakeMedia("testsrc.m4v",
+                   "-f lavfi -i testsrc=size=352x288:rate=25 -t 4 -c:v mpeg4 -bf 0 -g 25");
+}
+
+std::string ToneMedia(const std::string& codec) {
+  const char* file = codec == "pcm_mulaw" ? "tone.ul" : codec == "pcm_alaw" ? "tone.al" : "tone.aac";
+  return MakeMedia(file, "-f lavfi -i sine=frequency=440:sample_rate=8000 -t 4 -c:a " + codec);
 }
 
 std::vector<MediaFrame> DemuxFrames(const std::string& path, const char* format) {

@@ -3,11 +3,22 @@
 // converted files checked with ffprobe and ffmpeg.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <string>
 #include <vector>
 
 #include "quorvel/quorvel.h"
+#include "record_helper.h"
+
+// A fresh folder per test, and the record thread's idle polls at 1 ms.
+class RecordingTest : public ::testing::Test {
+ protected:
+  void SetUp() override;
+  void TearDown() override;
+  TempDir dir_;
+};
 
 struct MediaFrame {
   std::vector<uint8_t> data;
@@ -18,6 +29,16 @@ struct MediaFrame {
 // build/tests/media/ for later test processes. Returns its path, or "" when
 // ffmpeg failed.
 std::string MakeMedia(const std::string& file, const std::string& args);
+
+// The streams the tests record, 4 s each (made through MakeMedia): H.264
+// 320x240 with a key frame each second and SPS and PPS ahead of each, as a
+// stream source delivers it; the same with noise (about 50 KB a frame);
+// MPEG-4 Part 2 352x288; a 440 Hz tone at 8 kHz as "pcm_mulaw", "pcm_alaw"
+// (raw bytes) or "aac" (ADTS).
+std::string H264Media();
+std::string NoisyH264Media();
+std::string Mpeg4Media();
+std::string ToneMedia(const std::string& codec);
 
 // The frames of an elementary stream, split by libavformat's demuxer of that
 // format ("h264", "m4v", "aac").
