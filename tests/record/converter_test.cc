@@ -161,8 +161,13 @@ TEST_F(ConverterTest, CopyCutInsideAChunkKeepsTheWholeChunks) {
   EXPECT_EQ(r.video_frames, 59);
   EXPECT_NE(r.damage.find("past the end"), std::string::npos) << r.damage;
   EXPECT_EQ(ProbeStreams(dir_ / "cut.avi"), "video:h264,audio:pcm_mulaw");
+}
 
-  // The CLI prints what it wrote and fails cleanly on what it cannot read.
+TEST_F(ConverterTest, CommandLinePrintsWhatItWroteAndFailsCleanly) {
+  RecordFeed feed = H264Feed("G711U");
+  feed.audio = SplitBytes(ToneMedia("pcm_mulaw"), 160);
+  std::string rec = dir_ / "rec.avi";
+  ASSERT_EQ(RecordFeedTo(feed, rec), 100);
   std::string cli = std::string(QUORVEL_BINARY_DIR) + "/quorvel";
   std::string out;
   ASSERT_EQ(RunCommand(cli + " convert " + rec + " " + (dir_ / "cli.mp4"), &out), 0) << out;
@@ -173,6 +178,9 @@ TEST_F(ConverterTest, CopyCutInsideAChunkKeepsTheWholeChunks) {
   EXPECT_EQ(RunCommand(cli + " convert " + rec + " " + (dir_ / "x.webm"), &out), 1);
   EXPECT_NE(out.find("unsupported output type"), std::string::npos) << out;
   EXPECT_FALSE(FileExists(dir_ / "x.mp4"));
+  EXPECT_EQ(RunCommand(cli + " convert " + rec + " " + rec, &out), 1);  // onto itself
+  EXPECT_NE(out.find("overwrite the input"), std::string::npos) << out;
+  EXPECT_TRUE(FileExists(rec));
   EXPECT_EQ(RunCommand(cli + " convert " + rec, &out), 2);
   EXPECT_EQ(RunCommand(cli + " frobnicate", &out), 2);
   EXPECT_EQ(RunCommand(cli + " help", &out), 0);
