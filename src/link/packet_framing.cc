@@ -68,7 +68,7 @@ int CPacketFraming::WaitForSock(int for_write, int sock, unsigned long start_tic
 }
 
 int CPacketFraming::SendData(int sock, const char* data, int len, unsigned long start_tick,
-                             int timeout_ms) {
+                             int timeout_ms, int extra_flags) {
   if (len <= 0) return 0;
   int sent = 0;
   while (sent < len) {
@@ -77,7 +77,7 @@ int CPacketFraming::SendData(int sock, const char* data, int len, unsigned long 
     // Never blocks inside send (the wait above is the only place to wait),
     // and a peer that has gone away gives an error, not SIGPIPE.
     ssize_t n = send(sock, data + sent, static_cast<size_t>(len - sent),
-                     MSG_DONTWAIT | MSG_NOSIGNAL);
+                     MSG_DONTWAIT | MSG_NOSIGNAL | extra_flags);
     if (n < 0 && Transient(errno)) continue;
     if (n <= 0) {
       QV_LOG("[%s:%d]%s send data error:%d\n", DeviceName(), kReportedErrorCode);
@@ -94,7 +94,10 @@ int CPacketFraming::send_with_header(int sock, const char* payload, int len, int
   unsigned char header[kHeaderSize];
   WriteLe32(header, encrypted ? kEncryptedFlag : kPlainFlag);
   WriteLe32(header + 4, static_cast<uint32_t>(len));
-  int ret = SendData(sock, reinterpret_cast<const char*>(header), kHeaderSize, start, timeout_ms);
+  // The header waits for its payload, so that a frame leaves in one segment
+  // instead of a lone header that the peer acknowledges late.
+  int ret = SendData(sock, reinterpret_cast<const char*>(header), kHeaderSize, start, timeout_ms,
+                     len > 0 ? MSG_MORE : 0);
   if (ret != kHeaderSize) {
     QV_LOG("[%s:%d]%s send flag failed. ret=%d\n", DeviceName(), ret);
     return kHeaderNotSent;

@@ -43,8 +43,10 @@ class CPacketFraming {
   int WaitForSock(int for_write, int sock, unsigned long start_tick, int timeout_ms);
 
   // Sends all of data. len when done; 0 for len <= 0; a failed wait's
-  // result; the count sent so far when send fails.
-  int SendData(int sock, const char* data, int len, unsigned long start_tick, int timeout_ms);
+  // result; the count sent so far when send fails. extra_flags are added to
+  // every send (MSG_MORE keeps a frame's header with its payload).
+  int SendData(int sock, const char* data, int len, unsigned long start_tick, int timeout_ms,
+               int extra_flags = 0);
 
   // One frame, plain or encrypted flag. Payload bytes sent, 0, kSocketError,
   // or kHeaderNotSent.
