@@ -60,6 +60,19 @@ class Events {
   std::vector<int> counts_ = std::vector<int>(64, 0);
 };
 
+// The library started, an in-process camera and the status events counted;
+// everything released at the end.
+struct Setup {
+  Setup() {
+    IP_NET_DVR_Init();
+    camera.Start();
+    events.Install();
+  }
+  ~Setup() { IP_NET_DVR_Cleanup(); }
+  qvemu::Camera camera;
+  Events events;
+};
+
 long Login(uint16_t port) {
   return IP_NET_DVR_Login("127.0.0.1", port, const_cast<char*>("admin"),
                           const_cast<char*>("admin"), nullptr);
@@ -73,13 +86,9 @@ double Percentile(std::vector<double> v, double p) {
 }
 
 void BM_PtzRoundTrip(benchmark::State& state) {
-  IP_NET_DVR_Init();
-  qvemu::Camera camera;
-  camera.Start();
-  Events events;
-  events.Install();
-  events.Reset();
-  long id = Login(camera.Port());
+  Setup setup;
+  Events& events = setup.events;
+  long id = Login(setup.camera.Port());
   events.WaitCount(EVENT_LOGINOK, 1, 10000);
   std::vector<double> micros;
   int done = 0;
@@ -95,46 +104,34 @@ void BM_PtzRoundTrip(benchmark::State& state) {
   }
   state.counters["median_us"] = Percentile(micros, 0.5);
   state.counters["p99_us"] = Percentile(micros, 0.99);
-  IP_NET_DVR_Cleanup();
 }
 BENCHMARK(BM_PtzRoundTrip)->Iterations(2000)->UseRealTime()->Unit(benchmark::kMicrosecond);
 
 void BM_LoginOneAfterAnother(benchmark::State& state) {
-  IP_NET_DVR_Init();
-  qvemu::Camera camera;
-  camera.Start();
-  Events events;
-  events.Install();
-  events.Reset();
+  Setup setup;
   int done = 0;
   for (auto _ : state) {
-    long id = Login(camera.Port());
-    events.WaitCount(EVENT_LOGINOK, ++done, 10000);
+    long id = Login(setup.camera.Port());
+    setup.events.WaitCount(EVENT_LOGINOK, ++done, 10000);
     state.PauseTiming();
     IP_NET_DVR_Logout(id);
     state.ResumeTiming();
   }
   state.SetItemsProcessed(state.iterations());
-  IP_NET_DVR_Cleanup();
 }
 BENCHMARK(BM_LoginOneAfterAnother)->Iterations(300)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 void BM_Login128AtOnce(benchmark::State& state) {
-  IP_NET_DVR_Init();
-  qvemu::Camera camera;
-  camera.Start();
-  Events events;
-  events.Install();
+  Setup setup;
   for (auto _ : state) {
-    events.Reset();
-    for (int i = 0; i < kSessions; ++i) Login(camera.Port());
-    events.WaitCount(EVENT_LOGINOK, kSessions, 60000);
+    setup.events.Reset();
+    for (int i = 0; i < kSessions; ++i) Login(setup.camera.Port());
+    setup.events.WaitCount(EVENT_LOGINOK, kSessions, 60000);
     state.PauseTiming();
     IP_NET_DVR_LogoutAll();
     state.ResumeTiming();
   }
   state.SetItemsProcessed(state.iterations() * kSessions);
-  IP_NET_DVR_Cleanup();
 }
 BENCHMARK(BM_Login128AtOnce)->Iterations(5)->UseRealTime()->Unit(benchmark::kMillisecond);
 

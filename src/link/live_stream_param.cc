@@ -55,50 +55,54 @@ bool ReadTransport(const TiXmlElement* trans, LIVE_STREAM_PARAM* p) {
   return true;
 }
 
-bool ReadVideo(const TiXmlElement* video, LIVE_STREAM_PARAM* p) {
-  for (const TiXmlAttribute* a = video->FirstAttribute(); a != nullptr; a = a->Next()) {
-    int value = atoi(a->Value());
-    if (Is(a, "Encoder")) {
-      CopyText(p->video_encoder, sizeof(p->video_encoder), a->Value());
-    } else if (Is(a, "Width")) {
-      p->width = value;
-    } else if (Is(a, "Height")) {
-      p->height = value;
-    } else if (Is(a, "Framerate")) {
-      p->frame_rate = value;
-    } else if (Is(a, "Bitrate")) {
-      p->bit_rate = value;
-    } else if (Is(a, "Config")) {
-      p->config_length = static_cast<int>(
-          DecodeHex(a->Value(), p->config, sizeof(p->config)));
-    } else {
-      printf("%s=%s\n", a->Name(), a->Value());
-      continue;
-    }
-    if (Empty(a)) {
-      QV_LOG("[%s:%d]GetLiveStreamParam(): %s not found!\n\n", a->Name());
-      return false;
-    }
-  }
-  return true;
-}
+// One attribute of VIDEO_PARAM or AUDIO_PARAM and where it goes.
+struct MediaField {
+  const char* name;
+  int LIVE_STREAM_PARAM::*number;  // null for the two texts and Config
+  char* (*text)(LIVE_STREAM_PARAM*);
+};
 
-bool ReadAudio(const TiXmlElement* audio, LIVE_STREAM_PARAM* p) {
-  for (const TiXmlAttribute* a = audio->FirstAttribute(); a != nullptr; a = a->Next()) {
-    int value = atoi(a->Value());
-    if (Is(a, "Encoder")) {
-      CopyText(p->audio_encoder, sizeof(p->audio_encoder), a->Value());
-    } else if (Is(a, "SampleRate")) {
-      p->sample_rate = value;
-    } else if (Is(a, "SampleWidth")) {
-      p->sample_width = value;
-    } else if (Is(a, "Channels")) {
-      p->channels = value;
-    } else if (Is(a, "Bitrate")) {
-      p->audio_bit_rate = value;
-    } else {
+static_assert(sizeof(LIVE_STREAM_PARAM::video_encoder) == sizeof(LIVE_STREAM_PARAM::audio_encoder),
+              "both encoder texts have one size");
+char* VideoEncoder(LIVE_STREAM_PARAM* p) { return p->video_encoder; }
+char* AudioEncoder(LIVE_STREAM_PARAM* p) { return p->audio_encoder; }
+
+const MediaField kVideoFields[] = {
+    {"Encoder", nullptr, VideoEncoder},
+    {"Width", &LIVE_STREAM_PARAM::width, nullptr},
+    {"Height", &LIVE_STREAM_PARAM::height, nullptr},
+    {"Framerate", &LIVE_STREAM_PARAM::frame_rate, nullptr},
+    {"Bitrate", &LIVE_STREAM_PARAM::bit_rate, nullptr},
+    {"Config", nullptr, nullptr},
+};
+
+const MediaField kAudioFields[] = {
+    {"Encoder", nullptr, AudioEncoder},
+    {"SampleRate", &LIVE_STREAM_PARAM::sample_rate, nullptr},
+    {"SampleWidth", &LIVE_STREAM_PARAM::sample_width, nullptr},
+    {"Channels", &LIVE_STREAM_PARAM::channels, nullptr},
+    {"Bitrate", &LIVE_STREAM_PARAM::audio_bit_rate, nullptr},
+};
+
+// Reads the known attributes of a media element; unknown ones are printed
+// and skipped. False (logged) when a known attribute has no value.
+template <size_t N>
+bool ReadMedia(const TiXmlElement* element, const MediaField (&fields)[N], LIVE_STREAM_PARAM* p) {
+  for (const TiXmlAttribute* a = element->FirstAttribute(); a != nullptr; a = a->Next()) {
+    const MediaField* field = nullptr;
+    for (const MediaField& f : fields) {
+      if (Is(a, f.name)) field = &f;
+    }
+    if (field == nullptr) {
       printf("%s=%s\n", a->Name(), a->Value());
       continue;
+    }
+    if (field->number != nullptr) {
+      p->*(field->number) = atoi(a->Value());
+    } else if (field->text != nullptr) {
+      CopyText(field->text(p), sizeof(p->video_encoder), a->Value());
+    } else {
+      p->config_length = static_cast<int>(DecodeHex(a->Value(), p->config, sizeof(p->config)));
     }
     if (Empty(a)) {
       QV_LOG("[%s:%d]GetLiveStreamParam(): %s not found!\n\n", a->Name());
@@ -141,14 +145,14 @@ int GetLiveStreamParam(char* message, LIVE_STREAM_PARAM* param) {
     QV_LOG("[%s:%d]GetLiveStreamParam VIDEO_PARAM fail\n\n");
     return -2;
   }
-  if (!ReadVideo(video, param)) return -1;
+  if (!ReadMedia(video, kVideoFields, param)) return -1;
   if (param->audio_enable != 0) {
     TiXmlElement* audio = video->NextSiblingElement("AUDIO_PARAM");
     if (audio == nullptr) {
       QV_LOG("[%s:%d]GetLiveStreamParam(): AUDIO_PARAM not found!\n\n");
       return -2;
     }
-    if (!ReadAudio(audio, param)) return -1;
+    if (!ReadMedia(audio, kAudioFields, param)) return -1;
   }
   return 0;
 }
