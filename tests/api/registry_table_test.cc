@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "api/ptz_object_list.h"
+#include "base/debug_log.h"
 #include "quorvel/quorvel.h"
 
 namespace {
@@ -83,6 +84,19 @@ TEST(RegistryTable, ExportedFunctionsAnswerUnknownIds) {
   EXPECT_EQ(IP_NET_DVR_Logout(0), 0);
   EXPECT_EQ(IP_NET_DVR_Logout(42), QV_E_UNKNOWN_USER);
   EXPECT_EQ(IP_NET_DVR_SetAutoReconnect(0, 1), 0);
+}
+
+TEST(RegistryTable, LogoutOfIdZeroWritesOnlyItsOpeningLine) {
+  DebugLogSwitch(1);
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(IP_NET_DVR_Logout(0), 0);
+  EXPECT_EQ(IP_NET_DVR_Logout(9), QV_E_UNKNOWN_USER);
+  std::string log = testing::internal::GetCapturedStdout();
+  DebugLogSwitch(0);
+  EXPECT_NE(log.find("IP_NET_DVR_Logout(0) begin...\n"), std::string::npos);
+  EXPECT_EQ(log.find("IP_NET_DVR_Logout(0) end,use tick="), std::string::npos);
+  EXPECT_NE(log.find("cannot found userid 9\n\n"), std::string::npos);
+  EXPECT_NE(log.find("IP_NET_DVR_Logout(9) end,use tick="), std::string::npos);
 }
 
 TEST(RegistryTable, TalkGroupStaysEmpty) {
