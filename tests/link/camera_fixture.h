@@ -70,6 +70,18 @@ class CameraFixture : public ::testing::Test {
     return camera_->ReceivedOfType(type);
   }
 
+  // What the camera received, heartbeats left out (they come on their own
+  // timer and may fall anywhere).
+  static std::vector<qvemu::ReceivedFrame> WithoutHeartbeats(
+      const std::vector<qvemu::ReceivedFrame>& all) {
+    std::vector<qvemu::ReceivedFrame> out;
+    for (const auto& f : all) {
+      if (f.type != "AUXPTZ_HEARTBEAT_MESSAGE") out.push_back(f);
+    }
+    return out;
+  }
+  std::vector<qvemu::ReceivedFrame> Requests() const { return WithoutHeartbeats(camera_->Received()); }
+
   std::unique_ptr<qvemu::Camera> camera_;
   EventRecorder events_;
 };

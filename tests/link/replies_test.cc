@@ -173,7 +173,10 @@ TEST_F(RepliesTest, SnapshotWaitsForItsAlarm) {
   ready.data = "/mnt/snap/0001.jpg";
   std::thread announcer([&] {
     camera_->WaitForFrames(
-        [](const std::vector<qvemu::ReceivedFrame>& all) { return all.size() >= 3; }, kWaitMs);
+        [](const std::vector<qvemu::ReceivedFrame>& all) {
+          return WithoutHeartbeats(all).size() >= 3;
+        },
+        kWaitMs);
     camera_->SendAlarm({ready});
   });
   EXPECT_EQ(IP_NET_DVR_SnapPic(id, 0, 50, "/tmp/qv-snap.jpg", kWaitMs), QV_E_UNSUPPORTED);
