@@ -219,4 +219,6 @@ QV_API long IP_NET_DVR_SetReplayEventCallBack(QV_ReplayEventCallBack cb,
 QV_API long IP_NET_DVR_SetReplayDataCallBack(QV_ReplayDataCallBack cb,
                                              void* user);
 
+#include "quorvel/device.h"
+
 #endif /* QUORVEL_QUORVEL_H */

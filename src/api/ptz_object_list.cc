@@ -1,82 +1,269 @@
+// The session table: login, lookup with the lock held, logout, release,
+// the inert talk group and the per-device forwarders.
 #include "api/ptz_object_list.h"
 
-#include <cstdint>
+#include <cstdio>
+#include <new>
+#include <system_error>
+#include <thread>
+#include <vector>
 
+#include "base/compat.h"
 #include "base/debug_log.h"
+#include "link/ptz_control_class.h"
 
-CPTZObjectList::CPTZObjectList() {}
+CPTZObjectList::CPTZObjectList() { InitializeCriticalSection(&talk_lock_); }
 
-CPTZObjectList::~CPTZObjectList() { ReleaseAll(-1); }
+CPTZObjectList::~CPTZObjectList() {
+  ReleaseAll(-1);
+  EnterCriticalSection(&talk_lock_);
+  talk_map_.clear();
+  LeaveCriticalSection(&talk_lock_);
+  DeleteCriticalSection(&talk_lock_);
+}
 
-int CPTZObjectList::ReleaseAll(int) {
-  table_lock_.Lock();
-  table_lock_.Unlock();
+long CPTZObjectList::Add(const char* ip, long port, const char* user, const char* password,
+                         long loginMode, long encrypt, const char* key) {
+  if (ip == nullptr || port < 1 || port > 65534) {  // 65535 is refused on purpose
+    QV_LOG("[%s:%d]input param error!\n");
+    last_error_ = QV_E_INVALID_ARG;
+    return 0;
+  }
+  ++session_count_;
+  char port_text[32];
+  snprintf(port_text, sizeof(port_text), ":%ld", port);
+  std::string address = std::string(ip) + port_text;
+  QV_LOG("[%s:%d]nowipport=%s\n\n", address.c_str());
+
+  CPTZControlClass* session = nullptr;
+  while ((session = new (std::nothrow) CPTZControlClass(this, auto_reconnect_default_,
+                                                        static_cast<int>(encrypt), key)) ==
+         nullptr) {
+    SleepUs(10);
+  }
+  session->SetParam(ip, port, user, password, static_cast<int>(loginMode));
+  session->SetAddressText(address);
+  QV_LOG("[%s:%d]%s:%u\n\n", session->Host().c_str(), static_cast<unsigned>(session->Port()));
+  long id = InsertItem(session);
+  if (id > 0) return id;
+  QV_LOG("[%s:%d]Cannot added to array for %s:%u\n\n", session->Host().c_str(),
+         static_cast<unsigned>(session->Port()));
+  delete session;
   return 0;
+}
+
+long CPTZObjectList::InsertItem(CPTZControlClass* session) {
+  table_lock_.Lock();
+  long id = -1;
+  for (int i = 0; i < kMaxSessions; ++i) {
+    if (table_[i] != nullptr) continue;
+    table_[i] = session;
+    id = i + 1;
+    session->SetUserID(id);
+    session->StartThread();
+    QV_LOG("[%s:%d]Get pos %d for %s:%u\n\n", i, session->Host().c_str(),
+           static_cast<unsigned>(session->Port()));
+    break;
+  }
+  table_lock_.Unlock();
+  return id;
+}
+
+CPTZControlClass* CPTZObjectList::FindObjectByID(long id, int detach) {
+  table_lock_.Lock();
+  CPTZControlClass* session = nullptr;
+  // Every ID outside 1..128 names no session.
+  if (id >= 1 && id <= kMaxSessions) {
+    session = table_[id - 1];
+    if (session != nullptr && detach != 0) table_[id - 1] = nullptr;
+  }
+  if (session != nullptr) return session;
+  QV_LOG("[%s:%d]cannot found userid %ld\n\n", id);
+  for (int i = 0; i < kMaxSessions; ++i) {
+    if (table_[i] == nullptr) continue;
+    QV_LOG("[%s:%d]%d: userid %ld, %s:%u\n\n", i, reinterpret_cast<long>(table_[i]),
+           table_[i]->Host().c_str(), static_cast<unsigned>(table_[i]->Port()));
+  }
+  table_lock_.Unlock();
+  return nullptr;
+}
+
+void CPTZObjectList::ReleaseObjLock() { table_lock_.Unlock(); }
+
+CPTZControlClass* CPTZObjectList::FindObjectByIpstring(const char* ipPort) {
+  table_lock_.Lock();
+  for (int i = 0; ipPort != nullptr && i < kMaxSessions; ++i) {
+    CPTZControlClass* session = table_[i];
+    if (session == nullptr || session->AddressText() != ipPort) continue;
+    QV_LOG("[%s:%d]%s: Get pos %d, IP %s:%u\n\n", ipPort, i, session->Host().c_str(),
+           static_cast<unsigned>(session->Port()));
+    return session;
+  }
+  table_lock_.Unlock();
+  return nullptr;
+}
+
+void CPTZObjectList::DestroySession(CPTZControlClass* session) {
+  if (!session->OnLinkThread()) {
+    session->Kill(-1);
+    delete session;
+    return;
+  }
+  // Called from one of the session's own callbacks: its link thread cannot
+  // wait for itself. It is asked to stop, and a helper waits and deletes.
+  session->Kill(0);
+  try {
+    std::thread([session] {
+      session->Kill(-1);
+      delete session;
+    }).detach();
+  } catch (const std::system_error&) {
+    QV_LOG("[%s:%d]no thread to finish the logout of %s\n", session->AddressText().c_str());
+  }
+}
+
+int CPTZObjectList::Delete(long id) {
+  CPTZControlClass* session = FindObjectByID(id, 1);
+  if (session == nullptr) return QV_E_UNKNOWN_USER;
+  ReleaseObjLock();
+  --session_count_;
+  RemoveTalk(id);
+  DestroySession(session);
+  return 0;
+}
+
+int CPTZObjectList::ReleaseAll(int mode) {
+  // LAN discovery, when present, is stopped here before and after.
+  std::vector<CPTZControlClass*> detached;
+  table_lock_.Lock();
+  for (CPTZControlClass* session : table_) {
+    if (session != nullptr) session->Kill(0);
+  }
+  if (mode != 0) {
+    for (CPTZControlClass*& entry : table_) {
+      if (entry == nullptr) continue;
+      detached.push_back(entry);
+      entry = nullptr;
+    }
+  }
+  table_lock_.Unlock();
+  // The sessions are waited for outside the lock, so that a callback of a
+  // stopping session may still call into the registry.
+  for (CPTZControlClass* session : detached) DestroySession(session);
+  return 0;
+}
+
+int CPTZObjectList::SetAutoReconnect(long id, int value) {
+  if (id == 0) {
+    auto_reconnect_default_ = value;
+    return 0;
+  }
+  return Forward(id, [value](CPTZControlClass* s) { return s->SetAutoReconnect(value); });
 }
 
 int CPTZObjectList::SetMessageHWND(int, long) { return 0; }
 
-void CPTZObjectList::SetStatusEventCallBack(QV_StatusEventCallBack cb, void* user) {
-  status_cb_ = cb;
-  status_user_ = user;
-}
-
-void CPTZObjectList::SetAUXResponseCallBack(QV_AUXResponseCallBack cb, void* user) {
-  aux_cb_ = cb;
-  aux_user_ = user;
-}
-
-void CPTZObjectList::SetExceptionCallBack(QV_ExceptionCallBack cb, void* user) {
-  exception_cb_ = cb;
-  exception_user_ = user;
-}
-
-int CPTZObjectList::SetPlayActionEventCallBack(QV_ReplayEventCallBack cb, void* user) {
-  replay_event_cb_ = cb;
-  replay_event_user_ = user;
+long CPTZObjectList::AudioFrameData(char*, long) {
+  // Members would receive the frame here; the group never has any.
+  EnterCriticalSection(&talk_lock_);
+  LeaveCriticalSection(&talk_lock_);
   return 0;
 }
 
-int CPTZObjectList::SetReplayDataCallBack(QV_ReplayDataCallBack cb, void* user) {
-  replay_data_cb_ = cb;
-  replay_data_user_ = user;
+long CPTZObjectList::OnError(long, char*) {
+  EnterCriticalSection(&talk_lock_);
+  LeaveCriticalSection(&talk_lock_);
   return 0;
 }
 
-long CPTZObjectList::PostStatusMsg(long reporter_id, long code, const char* text) {
-  QV_StatusEventCallBack cb = status_cb_;
-  if (cb != nullptr) return cb(reporter_id, code, text, status_user_);
-  if (message_window_ != 0)
-    QV_LOG("[%s:%d][CPTZObjectList::PostStatusMsg()] SendMessage() deleted...\n\n");
-  return -1;
+int CPTZObjectList::AddTalk(long) { return 0; }
+
+int CPTZObjectList::StartTalk(int, int, int, int) { return 0; }
+
+int CPTZObjectList::StopTalk() { return 0; }
+
+int CPTZObjectList::RemoveTalk(long id) {
+  EnterCriticalSection(&talk_lock_);
+  bool found = talk_map_.erase(id) > 0;
+  LeaveCriticalSection(&talk_lock_);
+  // AddTalk never inserts, so no ID is ever found; a member would have its
+  // voice talk stopped here.
+  return found ? 0 : QV_E_UNKNOWN_USER;
 }
 
-long CPTZObjectList::PostAuxResponse(long user_id, long code, long flag, const char* xml) {
-  QV_AUXResponseCallBack cb = aux_cb_;
-  if (cb == nullptr) return -1;
-  // Low 24 bits from the code, high 8 bits from the flag, computed in 32 bits
-  // and sign-extended.
-  int32_t packed = static_cast<int32_t>((static_cast<uint32_t>(code) & 0x00FFFFFFu) |
-                                        (static_cast<uint32_t>(flag) & 0xFF000000u));
-  return cb(user_id, static_cast<long>(packed), xml, aux_user_);
+template <typename Op>
+int CPTZObjectList::Forward(long id, Op op) {
+  CPTZControlClass* session = FindObjectByID(id, 0);
+  if (session == nullptr) return QV_E_UNKNOWN_USER;
+  int ret = op(session);
+  ReleaseObjLock();
+  return ret;
 }
 
-long CPTZObjectList::PostAlarm(long user_id, ALARM_ENTRY* entry) {
-  QV_StatusEventCallBack cb = status_cb_;
-  if (cb == nullptr) return -1;
-  return cb(user_id, EVENT_PTZALARM, reinterpret_cast<const char*>(entry), status_user_);
+int CPTZObjectList::GetReplayAblity(long id) {
+  return Forward(id, [](CPTZControlClass* s) { return s->GetReplayAblity(); });
 }
 
-long CPTZObjectList::OnPlayEventCallBack(long user_id, long code, long flag, char* body) {
-  QV_ReplayEventCallBack cb = replay_event_cb_;
-  if (cb == nullptr) return QV_E_SOCKET;
-  return cb(user_id, code, flag, body, replay_event_user_);
+int CPTZObjectList::GetUserData(unsigned long id, char* buffer, int* length) {
+  return Forward(static_cast<long>(id),
+                 [=](CPTZControlClass* s) { return s->GetUserData(buffer, length); });
 }
 
-long CPTZObjectList::OnPlayBackDataRecvCallBack(long user_id, unsigned long kind, char* data,
-                                                unsigned long length, FRAME_EXTDATA* extra) {
-  QV_ReplayDataCallBack cb = replay_data_cb_;
-  if (cb == nullptr) return QV_E_SOCKET;
-  if (extra != nullptr) extra->user = replay_data_user_;
-  return cb(user_id, kind, data, length, extra);
+int CPTZObjectList::SetUserData(unsigned long id, char* data, int length) {
+  return Forward(static_cast<long>(id),
+                 [=](CPTZControlClass* s) { return s->SetUserData(data, length); });
+}
+
+int CPTZObjectList::CreateIFrame(unsigned long id, int stream) {
+  return Forward(static_cast<long>(id), [=](CPTZControlClass* s) { return s->CreateIFrame(stream); });
+}
+
+int CPTZObjectList::Reconnect(long id) {
+  return Forward(id, [](CPTZControlClass* s) { return s->Reconnect(); });
+}
+
+int CPTZObjectList::GetDVRConfig(long id, unsigned long code, long channel, void* body,
+                                 unsigned long size, unsigned long* returned) {
+  return Forward(id, [=](CPTZControlClass* s) {
+    return s->GetDVRConfig(code, channel, body, size, returned);
+  });
+}
+
+int CPTZObjectList::SetDVRConfig(long id, unsigned long code, long channel, const void* body,
+                                 unsigned long size) {
+  return Forward(id, [=](CPTZControlClass* s) { return s->SetDVRConfig(code, channel, body, size); });
+}
+
+int CPTZObjectList::SendEncryptRawData(long id, const char* message) {
+  return Forward(id, [=](CPTZControlClass* s) { return s->SendEncryptRawData(message); });
+}
+
+int CPTZObjectList::SystemControl(long id, unsigned long code, int flag, const char* body) {
+  return Forward(id, [=](CPTZControlClass* s) { return s->SystemControl(code, flag, body); });
+}
+
+int CPTZObjectList::WriteAUXString(long id, const char* message) {
+  return Forward(id, [=](CPTZControlClass* s) { return s->WriteAUXString(message, 0); });
+}
+
+int CPTZObjectList::WriteAUXStringEx(long id, char* type, long code, long flag, const char* body) {
+  return Forward(id, [=](CPTZControlClass* s) { return s->WriteAUXStringEx(type, code, flag, body); });
+}
+
+int CPTZObjectList::WriteAUXStringEx1(long id, const char* data, int length) {
+  return Forward(id, [=](CPTZControlClass* s) { return s->WriteAUXStringEx1(data, length); });
+}
+
+int CPTZObjectList::PTZControlEx(long id, const char* xml) {
+  return Forward(id, [=](CPTZControlClass* s) { return s->WritePTZString(xml); });
+}
+
+int CPTZObjectList::SnapPic(long id, int stream, int quality, const char* path, int timeout_ms) {
+  return Forward(id, [=](CPTZControlClass* s) {
+    return s->SnapPic(stream, quality, path, timeout_ms);
+  });
+}
+
+int CPTZObjectList::ExchangeEncrypt(long id) {
+  return Forward(id, [](CPTZControlClass* s) { return s->ExchangeEncrypt(); });
 }

@@ -1,9 +1,18 @@
-// CPTZObjectList: the table of logged-in devices (user ID = slot + 1), the
-// host callbacks of the control link, and the forwarding of session events
-// to them.
+// CPTZObjectList: the table of logged-in devices (user ID = slot + 1, lowest
+// free slot first), the host callbacks of the control link, and the
+// forwarding of session events to them.
+//
+// Every per-device call looks its session up with FindObjectByID, which
+// returns with the table lock held; the caller runs the session operation
+// and then calls ReleaseObjLock. All per-device calls are thereby
+// serialised. Sessions post their events without the lock.
 #pragma once
 
+#include <atomic>
+#include <map>
+
 #include "base/bk_mutex.h"
+#include "base/critical_section.h"
 #include "quorvel/quorvel.h"
 
 class CPTZControlClass;
@@ -13,38 +22,103 @@ class CPTZObjectList {
   static const int kMaxSessions = 128;
 
   CPTZObjectList();
-  virtual ~CPTZObjectList();
+  virtual ~CPTZObjectList();  // ReleaseAll(-1)
   CPTZObjectList(const CPTZObjectList&) = delete;
   CPTZObjectList& operator=(const CPTZObjectList&) = delete;
 
-  // Stops every session: mode 0 only asks, a non-zero mode also waits for
+  // The talk group's audio sink: passes a frame to every member. 0.
+  virtual long AudioFrameData(char* data, long length);
+  // Error sink of the talk group. 0.
+  virtual long OnError(long code, char* text);
+
+  // ---- sessions ----------------------------------------------------------
+  // Login: creates a session, starts its link thread and returns its user
+  // ID; 0 for a null address, a port outside 1..65534 (last error -8999992)
+  // or a full table.
+  long Add(const char* ip, long port, const char* user, const char* password, long loginMode,
+           long encrypt, const char* key);
+  // Stores the session in the lowest free entry and starts it. The user ID,
+  // or -1 when all entries are taken.
+  long InsertItem(CPTZControlClass* session);
+  // The session of id with the table lock held (detach != 0: the entry is
+  // cleared and the caller owns the session); null, lock released, for any
+  // ID that names no session (including every ID outside 1..128).
+  CPTZControlClass* FindObjectByID(long id, int detach);
+  void ReleaseObjLock();
+  // The first session whose address text ("ip:port") equals ipPort, with
+  // the lock held; null otherwise.
+  CPTZControlClass* FindObjectByIpstring(const char* ipPort);
+  // Logout: detaches under the lock, tears down outside it. 0 or -9000002.
+  int Delete(long id);
+  // Stops every session: mode 0 only asks; any other mode also waits for
   // each and destroys it. 0.
   int ReleaseAll(int mode);
+  // id 0: the auto-reconnect default of later sessions (0); otherwise the
+  // session's setting.
+  int SetAutoReconnect(long id, int value);
 
   // Window messages do not exist on this platform: does nothing, 0.
   int SetMessageHWND(int message, long window);
 
-  // Host callbacks (no lock: register before logging in).
+  // ---- host callbacks (no lock: register before logging in) --------------
   void SetStatusEventCallBack(QV_StatusEventCallBack cb, void* user);
   void SetAUXResponseCallBack(QV_AUXResponseCallBack cb, void* user);
   void SetExceptionCallBack(QV_ExceptionCallBack cb, void* user);
   int SetPlayActionEventCallBack(QV_ReplayEventCallBack cb, void* user);
   int SetReplayDataCallBack(QV_ReplayDataCallBack cb, void* user);
 
-  // Event forwarding; each answers -1 (or -1234567 for the replay ones)
-  // when no callback is registered.
+  // ---- events: each answers -1 (-1234567 for the replay ones) without a
+  // callback ---------------------------------------------------------------
+  // Status event of a session (user ID) or another reporter (its ID).
   long PostStatusMsg(long reporter_id, long code, const char* text);
-  long PostAuxResponse(long user_id, long code, long flag, const char* xml);
-  long PostAlarm(long user_id, ALARM_ENTRY* entry);
+  // AUX response with code = (code & 0x00FFFFFF) | (flag & 0xFF000000),
+  // computed in 32 bits and sign-extended.
+  long PostPTZResponseMsg(CPTZControlClass* session, long code, long flag, const char* xml);
+  long PostAuxResponseMsg(CPTZControlClass* session, long code, long flag, const char* xml);
+  // Status event 23 with the entry as its data.
+  long PostAlarmMsg(CPTZControlClass* session, ALARM_ENTRY* entry);
   long OnPlayEventCallBack(long user_id, long code, long flag, char* body);
+  // Writes the replay data user pointer into extra->user first.
   long OnPlayBackDataRecvCallBack(long user_id, unsigned long kind, char* data,
                                   unsigned long length, FRAME_EXTDATA* extra);
 
+  // ---- the talk group: AddTalk never inserts, so it stays empty ----------
+  int AddTalk(long id);                      // 0
+  int StartTalk(int, int, int, int);         // 0
+  int StopTalk();                            // 0
+  int RemoveTalk(long id);                   // -9000002 for every ID
+
+  // ---- per-device forwarders: -9000002 for an unknown ID, else the
+  // session's result ------------------------------------------------------
+  int GetReplayAblity(long id);
+  int GetUserData(unsigned long id, char* buffer, int* length);
+  int SetUserData(unsigned long id, char* data, int length);
+  int CreateIFrame(unsigned long id, int stream);
+  int Reconnect(long id);
+  int GetDVRConfig(long id, unsigned long code, long channel, void* body, unsigned long size,
+                   unsigned long* returned);
+  int SetDVRConfig(long id, unsigned long code, long channel, const void* body,
+                   unsigned long size);
+  int SendEncryptRawData(long id, const char* message);
+  int SystemControl(long id, unsigned long code, int flag, const char* body);
+  int WriteAUXString(long id, const char* message);
+  int WriteAUXStringEx(long id, char* type, long code, long flag, const char* body);
+  int WriteAUXStringEx1(long id, const char* data, int length);
+  int PTZControlEx(long id, const char* xml);
+  int SnapPic(long id, int stream, int quality, const char* path, int timeout_ms);
+  int ExchangeEncrypt(long id);
+
   int LastError() const { return last_error_; }
+  int SessionCount() const { return session_count_; }
 
  private:
+  template <typename Op>
+  int Forward(long id, Op op);
+  // Kill(-1) and delete; from the session's own link thread (a callback
+  // that logs its device out) the teardown finishes on a helper thread.
+  void DestroySession(CPTZControlClass* session);
+
   long message_window_ = 0;
-  long guard_word_ = 0;  // stands before the table: user ID 0 finds nothing
   CPTZControlClass* table_[kMaxSessions] = {};
   CBkMutex table_lock_;
   int last_error_ = 0;
@@ -60,8 +134,10 @@ class CPTZObjectList {
   QV_ReplayDataCallBack replay_data_cb_ = nullptr;
   void* replay_data_user_ = nullptr;
 
+  std::map<long, CPTZControlClass*> talk_map_;
+  CRITICAL_SECTION talk_lock_;
   int auto_reconnect_default_ = -1;
-  int session_count_ = 0;
+  std::atomic<int> session_count_{0};
 };
 
 extern CPTZObjectList ObjectPtzList;

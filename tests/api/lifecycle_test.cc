@@ -110,7 +110,7 @@ TEST_F(LifecycleTest, CleanupClearsHostCallbacksButKeepsTheReplayOnes) {
   IP_NET_DVR_Cleanup();
   g_calls = 0;
   EXPECT_EQ(ObjectPtzList.PostStatusMsg(1, EVENT_CONNECTOK, "up"), -1);
-  EXPECT_EQ(ObjectPtzList.PostAuxResponse(1, 0x1234, 0, "<xml/>"), -1);
+  EXPECT_EQ(ObjectPtzList.PostAuxResponseMsg(nullptr, 0x1234, 0, "<xml/>"), -1);
   EXPECT_EQ(g_calls, 0);
 
   EXPECT_EQ(ObjectPtzList.OnPlayEventCallBack(1, 2, 3, nullptr), 55);

@@ -1,0 +1,106 @@
+// Session set-up, link control and teardown.
+#include "link/ptz_control_class.h"
+
+#include <pthread.h>
+
+#include <cstdlib>
+#include <new>
+
+#include "base/compat.h"
+#include "base/debug_log.h"
+#include "link/ipc_link_thread.h"
+
+namespace {
+
+const int kThreadStack = 0x100000;
+
+unsigned AddressBits(const void* p) {
+  return static_cast<unsigned>(reinterpret_cast<uintptr_t>(p));
+}
+
+// wait 0 only raises the stop flag; otherwise stops and joins.
+void StopThread(CThreadClass* thread, int wait) {
+  if (thread == nullptr) return;
+  if (wait == 0) {
+    thread->SetStopFlag();
+  } else {
+    thread->Kill(wait);
+  }
+}
+
+}  // namespace
+
+CPTZControlClass::CPTZControlClass(CPTZObjectList* owner, int auto_reconnect, int encrypt,
+                                   const char* key)
+    : owner_(owner), encrypt_(encrypt), key_(key != nullptr ? key : ""),
+      auto_reconnect_(auto_reconnect) {}
+
+CPTZControlClass::~CPTZControlClass() {
+  Kill(-1);
+  delete audio_send_thread_;
+  delete file_send_thread_;
+  delete link_thread_;
+  free(user_data_);
+  aux_queue_.clear();
+  ptz_queue_.clear();
+  action_queue_.clear();
+}
+
+int CPTZControlClass::Kill(int wait) {
+  QV_LOG("[%s:%d]%#x: m_pAudioSendThread\n", AddressBits(audio_send_thread_));
+  StopThread(audio_send_thread_, wait);
+  QV_LOG("[%s:%d]%#x: m_pFileSendThread\n", AddressBits(file_send_thread_));
+  StopThread(file_send_thread_, wait);
+  QV_LOG("[%s:%d]%#x: m_pLinkThread\n", AddressBits(link_thread_));
+  StopThread(link_thread_, wait);
+  return 0;
+}
+
+int CPTZControlClass::SetParam(const char* host, long port, const char* user,
+                               const char* password, int) {
+  host_ = host != nullptr ? host : "";
+  port_ = port;
+  user_ = user != nullptr ? user : "";
+  password_ = password != nullptr ? password : "";
+  return 0;
+}
+
+int CPTZControlClass::StartThread() {
+  if (link_thread_ == nullptr) {
+    while ((link_thread_ = new (std::nothrow) CIpcLinkThread(this)) == nullptr) SleepUs(50);
+    framing_.WatchThread(link_thread_);
+  }
+  if (link_thread_->IsRunning()) return 0;
+  return link_thread_->Start(kThreadStack);
+}
+
+int CPTZControlClass::Reconnect() {
+  if (link_thread_ == nullptr) return QV_E_NOT_LOGGED_IN;
+  // The thread cannot stop and restart itself from inside its own callback.
+  if (OnLinkThread()) return QV_E_THREAD;
+  return link_thread_->Start(kThreadStack) == 0 ? 0 : QV_E_THREAD;
+}
+
+int CPTZControlClass::SetAutoReconnect(int on) {
+  auto_reconnect_ = on;
+  return 0;
+}
+
+bool CPTZControlClass::OnLinkThread() const {
+  return link_thread_ != nullptr && link_thread_->Handle() != 0 &&
+         pthread_equal(link_thread_->Handle(), pthread_self());
+}
+
+std::string CPTZControlClass::SessionID() const {
+  state_lock_.Lock();
+  std::string id = session_id_;
+  state_lock_.Unlock();
+  return id;
+}
+
+std::string CPTZControlClass::AbilityList() const {
+  state_lock_.Lock();
+  std::string list = ability_list_;
+  state_lock_.Unlock();
+  return list;
+}

@@ -1,0 +1,226 @@
+// CPTZControlClass: one logged-in camera.
+//
+// The session owns the TCP control link and the link thread that does all
+// network work: connect, log in, then one queued request per turn,
+// heartbeats, receive and dispatch. Host threads only append requests to the
+// three queues (action, PTZ, aux) and learn results through the events the
+// link thread posts to the owner (the session registry).
+#pragma once
+
+#include <atomic>
+#include <list>
+#include <string>
+
+#include "base/bk_mutex.h"
+#include "link/aux_msg_buffer.h"
+#include "link/packet_framing.h"
+#include "quorvel/quorvel.h"
+
+class CPTZObjectList;
+class CIpcLinkThread;
+class CThreadClass;
+
+class CPTZControlClass {
+ public:
+  enum LinkState { kNotConnected = 0, kConnected = 1, kLoggedIn = 2 };
+
+  // Stores the arguments; starts nothing.
+  CPTZControlClass(CPTZObjectList* owner, int auto_reconnect, int encrypt, const char* key);
+  virtual ~CPTZControlClass();  // Kill(-1), then frees threads and queues
+  CPTZControlClass(const CPTZControlClass&) = delete;
+  CPTZControlClass& operator=(const CPTZControlClass&) = delete;
+
+  // Stops the audio send, file send and link threads, in that order.
+  // wait 0 only asks them to stop; any other value also waits for them. 0.
+  virtual int Kill(int wait);
+
+  // ---- set-up and link control ------------------------------------------
+  // Device address (dotted IPv4 or host name), port and credentials; the
+  // last argument is unused. 0.
+  int SetParam(const char* host, long port, const char* user, const char* password, int mode);
+  // Creates the link thread if needed and starts it unless it runs. 0, or
+  // the start failure.
+  int StartThread();
+  // Starts the link thread again. -8999996 without a link thread, -8999990
+  // when it cannot start or when asked from the link thread itself.
+  int Reconnect();
+  int SetAutoReconnect(int on);  // 0
+  int GetReplayAblity() const { return replay_ability_; }  // -1 unknown, 0 no, 1 yes
+  int LinkStateValue() const { return link_state_; }
+
+  void SetUserID(long id) { user_id_ = id; }
+  long UserID() const { return user_id_; }
+  void SetAddressText(const std::string& text) { address_text_ = text; }
+  const std::string& AddressText() const { return address_text_; }
+  const std::string& Host() const { return host_; }
+  long Port() const { return port_; }
+  const std::string& UserName() const { return user_; }
+  const std::string& Password() const { return password_; }
+  std::string SessionID() const;
+  std::string AbilityList() const;
+  // True on the session's own link thread (inside its callbacks).
+  bool OnLinkThread() const;
+
+  void AuxMsgLock() { aux_lock_.Lock(); }
+  void AuxMsgUnLock() { aux_lock_.Unlock(); }
+  void PtzCmdLock() { ptz_lock_.Lock(); }
+  void PtzCmdUnLock() { ptz_lock_.Unlock(); }
+  void ActionLock() { action_lock_.Lock(); }
+  void ActionUnLock() { action_lock_.Unlock(); }
+
+  // ---- requests ------------------------------------------------------------
+  // Every queueing operation first checks the link state: -8999997 before
+  // the TCP link is up, -8999996 before login.
+
+  // PTZ command XML, wrapped and queued on the PTZ queue; a "stop" command
+  // is queued 6 times, 50 ms apart. 0, -8999992 for null.
+  int WritePTZString(const char* xml);
+  // A finished message, queued on the aux queue as it is. 0.
+  int WriteAUXString(const char* message, int encrypted);
+  // type must be a system control, configuration, VOD or encryption
+  // message type (else -8999995); wrapped and queued on the aux queue. 0.
+  int WriteAUXStringEx(const char* type, long code, long flag, const char* body);
+  // length bytes queued as they are on the aux queue. 0.
+  int WriteAUXStringEx1(const char* data, int length);
+  // A finished message queued on the action queue, which the link thread
+  // serves first (talk, replay and transfer requests). 0.
+  int WriteActionString(const char* data, int length);
+  // A finished message sent in an encrypted frame. 0.
+  int SendEncryptRawData(const char* message);
+
+  int SystemControl(unsigned long code, int flag, const char* body);
+  int VodControl(unsigned long code, int flag, const char* body);
+  // Configuration set / get: the code and the body text; the other
+  // arguments are unused and the reply arrives as an aux response.
+  int SetDVRConfig(unsigned long code, long channel, const void* body, unsigned long size);
+  int GetDVRConfig(unsigned long code, long channel, void* body, unsigned long size,
+                   unsigned long* returned);
+  int CreateIFrame(int stream);  // code 1032
+  int GetRecordFileList();       // code 1021, record mode 1
+  int ExchangeEncrypt();         // the session key, code 150
+
+  // Builds the snapshot request (code 1043) into buffer; queues nothing.
+  // Its length.
+  int SnapPicMakeRequest(int stream, int quality, char* buffer, int size);
+  // Marks a snapshot pending for buffer/size and queues message on the aux
+  // queue without state checks. 1.
+  int SnapPicEx(const char* message, char* buffer, int size);
+  // Asks for a snapshot to be stored at local_file. wait_ms < 1: returns 0
+  // once queued. Otherwise waits for the camera's snapshot-ready alarm: 0
+  // when the picture transfer started, the transfer's error, or -8999961.
+  int SnapPic(int stream, int quality, const char* local_file, int wait_ms);
+  // Asks for the user data (code 1034) and waits up to 5 s for it: at most
+  // *size - 1 bytes, terminated, *size becomes the count (0 on time-out).
+  // Without a buffer or a positive size only asks. 0 or the queue error.
+  int GetUserData(char* buffer, int* size);
+  // Prints a note and does nothing. 0.
+  int SetUserData(char* data, int length);
+  // The last PTZ / aux reply body. Its length; -3 before login.
+  int GetLastPTZResponse(std::string& out);
+  int GetLastAUXResponse(std::string& out);
+
+  // ---- events (link thread) -------------------------------------------------
+  long PostStatusMsg(long code, const char* text);
+  long PostPTZResponseMsg(long code, long flag, const char* body);
+  // Decodes user data (1034) before forwarding.
+  long PostAuxResponseMsg(long code, long flag, const char* body);
+  // Completes a pending snapshot (alarm code 23) before forwarding.
+  long PostAlarmMsg(ALARM_ENTRY* entry);
+
+  // ---- link thread ------------------------------------------------------------
+  int LinkThread();  // the body of CIpcLinkThread
+  CPacketFraming& Framing() { return framing_; }
+
+ private:
+  enum RoundResult { kRoundReady, kRoundRetry, kRoundStop };
+
+  // Connection phase: socket, options, connect, first login request.
+  RoundResult ConnectPhase(char* request, int request_size);
+  int OpenSocket();
+  bool Connect(int sock);
+  bool SendLogin(char* request, int request_size, bool first);
+  // Main loop of one connected round; returns when the round ends.
+  void MainLoop(char* request, int request_size);
+  bool LoginWatch(char* request, int request_size, bool* sent);
+  bool SendOneRequest(bool* sent);
+  bool PopRequest(CAuxMsgBuffer* out, int* origin);
+  bool Heartbeat(char* request, int request_size);
+  bool ReceiveTurn();
+  // Ends a round; false when the outer loop must end.
+  bool EndRound();
+  void ThreadExit();
+  bool Running();
+  void CloseSocket();
+
+  // Dispatch of one received message (terminated payload); false when the
+  // round must end.
+  bool Dispatch(char* message, int length);
+  bool OnLoginReply(long flag, char* message, const char* flag_text);
+  void OnKeyReply(const char* body);
+  void OnPtzReply(const char* code, long flag, const char* flag_text, const char* body);
+  void OnAlarmReport(char* message);
+  void OnSystemReply(long code, long flag, const char* body);
+  void UpdateAbility(const char* body);
+
+  // Formats a status text (kept as the last status text) and posts it.
+  long PostStatus(long code, const char* fmt, ...) __attribute__((format(printf, 3, 4)));
+  int CheckLoggedIn();
+  int CopyResponse(const std::string& response, std::string& out);
+  int Queue(std::list<CAuxMsgBuffer>& queue, CBkMutex& lock, const CAuxMsgBuffer& msg);
+  // Hands a ready snapshot to the file channel. Its start result.
+  int StartSnapshotDownload(const char* remote, const char* local);
+
+  CPTZObjectList* owner_;
+  std::string host_;
+  long port_ = 0;
+  std::string user_;
+  std::string password_;
+  std::string session_id_;
+  std::string log_label_;
+  std::string address_text_;
+  long user_id_ = 0;
+  int encrypt_ = 0;
+  std::string key_;
+
+  CThreadClass* audio_send_thread_ = nullptr;  // voice talk sender
+  CThreadClass* file_send_thread_ = nullptr;   // file transport channel
+  CIpcLinkThread* link_thread_ = nullptr;
+
+  std::list<CAuxMsgBuffer> ptz_queue_;
+  std::list<CAuxMsgBuffer> aux_queue_;
+  std::list<CAuxMsgBuffer> action_queue_;
+  CBkMutex aux_lock_;
+  CBkMutex ptz_lock_;
+  CBkMutex action_lock_;
+  mutable CBkMutex state_lock_;  // texts shared with host threads
+
+  std::atomic<int> link_state_{kNotConnected};
+  std::atomic<int> replay_ability_{-1};
+  std::string ability_list_;
+  std::atomic<int> auto_reconnect_;
+  std::atomic<unsigned> last_ptz_tick_{0};
+
+  // Link thread state of the current round.
+  int sock_ = -1;
+  unsigned long last_recv_tick_ = 0;
+  unsigned long heartbeat_tick_ = 0;
+  unsigned long login_send_tick_ = 0;
+  int login_resends_ = 0;
+  unsigned long reconnect_pause_ = 10;
+  std::string status_text_;  // last formatted status text
+
+  // User data (code 1034): length -1 while no reply has come.
+  char* user_data_ = nullptr;
+  std::atomic<int> user_data_len_{-1};
+  // Snapshot: result 0 while waiting, >0 started, <0 failed.
+  std::atomic<int> snap_result_{0};
+  std::string snap_local_file_;
+  char* snap_buffer_ = nullptr;
+  int snap_buffer_size_ = 0;
+  int snap_pending_ = 0;
+
+  std::string last_ptz_response_;
+  std::string last_aux_response_;
+
+  CPacketFraming framing_;
+};

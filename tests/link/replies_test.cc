@@ -1,0 +1,251 @@
+// What comes back from the camera and how it reaches the host: AUX response
+// codes, PTZ replies, alarms, user data, snapshots, the replay distribution
+// replies, and a link that survives garbage ahead of a frame.
+#include <cstring>
+#include <string>
+#include <thread>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "link/camera_fixture.h"
+
+namespace qvtest {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+class RepliesTest : public CameraFixture {};
+
+TEST_F(RepliesTest, AuxCodeTakesLow24BitsOfTheCodeAndHigh8OfTheFlag) {
+  long id = LoginReady();
+  camera_->SetReply("SYSTEM_CONTROL_MESSAGE", 1025, -1, "<RESPONSE_PARAM Error=\"1\" />");
+  camera_->SetReply("SYSTEM_CONTROL_MESSAGE", 0x1234567, 0x7F000001, "");
+  ASSERT_EQ(IP_NET_DVR_FindDVRLogFile(id), 0);
+  ASSERT_EQ(IP_NET_DVR_SystemControl(id, 0x1234567, 0, ""), 0);
+  AuxEvent refused;
+  ASSERT_TRUE(events_.WaitAux(id, static_cast<long>(static_cast<int32_t>(0xFF000401u)), kWaitMs,
+                              &refused));
+  EXPECT_EQ(refused.xml, "\n<RESPONSE_PARAM Error=\"1\" />\n");
+  EXPECT_TRUE(events_.WaitAux(id, 0x7F234567L, kWaitMs));
+}
+
+TEST_F(RepliesTest, ConfigurationRepliesCarryTheSectionBody) {
+  long id = LoginReady();
+  ASSERT_EQ(IP_NET_DVR_GetDVRConfig(id, 305, 0, nullptr, 0, nullptr), 0);
+  AuxEvent reply;
+  ASSERT_TRUE(events_.WaitAux(id, 305, kWaitMs, &reply));
+  EXPECT_THAT(reply.xml, HasSubstr("<LANConfig"));
+  ASSERT_EQ(IP_NET_DVR_SetDVRConfig(id, 9999, 0, "<Nothing/>", 0), 0);
+  EXPECT_TRUE(events_.WaitAux(id, static_cast<long>(static_cast<int32_t>(0xFF00270Fu)), kWaitMs));
+}
+
+TEST_F(RepliesTest, PtzPresetReplyWithBodyIsStatus21) {
+  camera_->SetPtzReply(0, "PTZ_CMD", "<PRESET_INFO Count=\"2\"/>");
+  long id = LoginReady();
+  ASSERT_EQ(IP_NET_DVR_PTZPreset(id, QV_PRESET_SET, 3), 0);
+  ASSERT_TRUE(events_.WaitStatus(id, EVENT_PTZPRESETINFO, kWaitMs));
+  EXPECT_EQ(events_.First(id, EVENT_PTZPRESETINFO).text, "\n<PRESET_INFO Count=\"2\"/>\n");
+  // Status 10 twice: the request leaving (no text), then the reply's flag 0.
+  std::vector<StatusEvent> all = events_.Status();
+  ASSERT_GE(all.size(), 3u);
+  EXPECT_EQ(all[all.size() - 3].code, EVENT_SENDPTZOK);
+  EXPECT_EQ(all[all.size() - 3].text, "");
+  EXPECT_EQ(all[all.size() - 2].code, EVENT_SENDPTZOK);
+  EXPECT_EQ(all[all.size() - 2].text, Label() + ": send PTZ control command ok!");
+}
+
+TEST_F(RepliesTest, PtzReplyWithoutBodyIsStatus22) {
+  long id = LoginReady();
+  ASSERT_EQ(IP_NET_DVR_PTZControl(id, QV_PTZ_DOWN, 1, 1), 0);
+  ASSERT_TRUE(events_.WaitStatus(id, EVNET_PTZNOPRESETINFO, kWaitMs));
+  EXPECT_EQ(events_.First(id, EVNET_PTZNOPRESETINFO).text, "");
+  std::vector<StatusEvent> all = events_.Status();
+  ASSERT_GE(all.size(), 2u);
+  EXPECT_EQ(all[all.size() - 2].text, Label() + ": send PTZ control command ok!");
+}
+
+TEST_F(RepliesTest, RefusedPtzIsStatus11) {
+  camera_->SetPtzReply(-3);
+  long id = LoginReady();
+  ASSERT_EQ(IP_NET_DVR_PTZControl(id, QV_PTZ_DOWN, 1, 1), 0);
+  ASSERT_TRUE(events_.WaitStatus(id, EVENT_SENDPTZFAILED, kWaitMs));
+  EXPECT_EQ(events_.First(id, EVENT_SENDPTZFAILED).text,
+            Label() + ": ERR -3: send PTZ control command failed!");
+  EXPECT_EQ(events_.Count(id, EVNET_PTZNOPRESETINFO), 0);
+}
+
+TEST_F(RepliesTest, PtzReplyWithAnotherCodeGoesToTheAuxCallback) {
+  camera_->SetPtzReply(0, "77", "<PTZ_STATE Pan=\"10\"/>");
+  long id = LoginReady();
+  ASSERT_EQ(IP_NET_DVR_PTZControl(id, QV_PTZ_DOWN, 1, 1), 0);
+  AuxEvent reply;
+  ASSERT_TRUE(events_.WaitAux(id, 77, kWaitMs, &reply));
+  EXPECT_EQ(reply.xml, "\n<PTZ_STATE Pan=\"10\"/>\n");
+}
+
+TEST_F(RepliesTest, TwoAlarmItemsAreTwoStatusEventsWithFilledRecords) {
+  long id = LoginReady();
+  qvemu::AlarmSpec a;
+  a.year = 2024;
+  a.month = 3;
+  a.day = 9;
+  a.wday = 6;
+  a.hour = 13;
+  a.minute = 14;
+  a.second = 15;
+  a.code = 5;
+  a.flag = 1;
+  a.level = 2;
+  a.data = "motion";
+  qvemu::AlarmSpec b;
+  b.code = 7;
+  b.data = std::string(300, 'x');
+  ASSERT_TRUE(camera_->SendAlarm({a, b}));
+  ASSERT_TRUE(events_.WaitStatus(id, EVENT_PTZALARM, kWaitMs, 2));
+  std::vector<ALARM_ENTRY> alarms;
+  for (const auto& e : events_.Status()) {
+    if (e.code == EVENT_PTZALARM) alarms.push_back(e.alarm);
+  }
+  ASSERT_EQ(alarms.size(), 2u);
+  EXPECT_EQ(alarms[0].year, 2024);
+  EXPECT_EQ(alarms[0].month, 3);
+  EXPECT_EQ(alarms[0].day, 9);
+  EXPECT_EQ(alarms[0].wday, 6);
+  EXPECT_EQ(alarms[0].hour, 13);
+  EXPECT_EQ(alarms[0].minute, 14);
+  EXPECT_EQ(alarms[0].second, 15);
+  EXPECT_EQ(alarms[0].alarm_code, 5);
+  EXPECT_EQ(alarms[0].alarm_flag, 1);
+  EXPECT_EQ(alarms[0].alarm_level, 2);
+  EXPECT_STREQ(alarms[0].alarm_data, "motion");
+  EXPECT_EQ(alarms[1].alarm_code, 7);
+  EXPECT_EQ(strlen(alarms[1].alarm_data), 127u);
+}
+
+TEST_F(RepliesTest, UserDataIsCutToTheCallersBuffer) {
+  camera_->SetUserData("0123456789");
+  long id = LoginReady();
+  char buffer[4];
+  int length = sizeof(buffer);
+  ASSERT_EQ(IP_NET_DVR_GetUserData(id, buffer, &length), 0);
+  EXPECT_EQ(length, 3);
+  EXPECT_STREQ(buffer, "012");
+  char whole[64];
+  length = sizeof(whole);
+  ASSERT_EQ(IP_NET_DVR_GetUserData(id, whole, &length), 0);
+  EXPECT_EQ(length, 10);
+  EXPECT_STREQ(whole, "0123456789");
+  EXPECT_TRUE(events_.WaitAux(id, 1034, kWaitMs));
+  EXPECT_EQ(IP_NET_DVR_SetUserData(id, nullptr, 0), -1);
+  EXPECT_EQ(IP_NET_DVR_SetUserData(id, whole, 1), 0);
+}
+
+TEST_F(RepliesTest, UserDataDropsAnOddTrailingDigitAndMissingDataIsEmpty) {
+  long id = LoginReady();
+  camera_->SetReply("SYSTEM_CONTROL_MESSAGE", 1034, 0, "<RESPONSE_PARAM UserDevData=\"41424\" />");
+  char buffer[16];
+  int length = sizeof(buffer);
+  ASSERT_EQ(IP_NET_DVR_GetUserData(id, buffer, &length), 0);
+  EXPECT_EQ(length, 2);
+  EXPECT_STREQ(buffer, "AB");
+  camera_->SetReply("SYSTEM_CONTROL_MESSAGE", 1034, 0, "<RESPONSE_PARAM />");
+  length = sizeof(buffer);
+  ASSERT_EQ(IP_NET_DVR_GetUserData(id, buffer, &length), 0);
+  EXPECT_EQ(length, 0);
+  EXPECT_STREQ(buffer, "");
+}
+
+TEST_F(RepliesTest, SnapshotWaitsForItsAlarm) {
+  long id = LoginReady();
+  // Without waiting: asked and back at once.
+  ASSERT_EQ(IP_NET_DVR_SnapPic(id, 1, 80, "/tmp/qv-snap.jpg", 0), 0);
+  auto frames = Frames("SYSTEM_CONTROL_MESSAGE");
+  ASSERT_EQ(frames.size(), 1u);
+  EXPECT_EQ(frames[0].body, "\n<REQUEST_PARAM Stream=\"1\" Quality=\"80\"/>\n");
+  // A negative wait means 200 ms; the camera never announces a picture.
+  EXPECT_EQ(IP_NET_DVR_SnapPic(id, 0, 50, "/tmp/qv-snap.jpg", -5), QV_E_SNAP_TIMEOUT);
+  // Announced: the picture would travel over the file channel, which this
+  // build lacks.
+  qvemu::AlarmSpec ready;
+  ready.code = 23;
+  ready.data = "/mnt/snap/0001.jpg";
+  std::thread announcer([&] {
+    camera_->WaitForFrames(
+        [](const std::vector<qvemu::ReceivedFrame>& all) {
+          return WithoutHeartbeats(all).size() >= 3;
+        },
+        kWaitMs);
+    camera_->SendAlarm({ready});
+  });
+  EXPECT_EQ(IP_NET_DVR_SnapPic(id, 0, 50, "/tmp/qv-snap.jpg", kWaitMs), QV_E_UNSUPPORTED);
+  announcer.join();
+  EXPECT_TRUE(events_.WaitStatus(id, EVENT_PTZALARM, kWaitMs));
+}
+
+TEST_F(RepliesTest, SnapshotTaskAsksEachCameraUntilStopped) {
+  long id = LoginReady();
+  SNAPPIC_TASK task = {};
+  char picture[16];
+  task.userID[0] = id;
+  task.userID[1] = 77;  // unknown: skipped
+  task.count = 2;
+  task.stream = 1;
+  task.quality = 60;
+  task.buffer[0] = picture;
+  task.bufferSize[0] = sizeof(picture);
+  task.interval = 20;
+  EXPECT_EQ(IP_NET_DVR_SnapPicTaskStart(nullptr), -1);
+  ASSERT_EQ(IP_NET_DVR_SnapPicTaskStart(&task), 0);
+  EXPECT_EQ(IP_NET_DVR_SnapPicTaskStart(&task), -1);
+  auto frames = Frames("SYSTEM_CONTROL_MESSAGE", 2);
+  EXPECT_EQ(IP_NET_DVR_SnapPicTaskStop(), 0);
+  ASSERT_GE(frames.size(), 2u);
+  EXPECT_EQ(frames[0].body, "\n<REQUEST_PARAM Stream=\"1\" Quality=\"60\"/>\n");
+  // Stopped: a new task may start.
+  ASSERT_EQ(IP_NET_DVR_SnapPicTaskStart(&task), 0);
+  EXPECT_EQ(IP_NET_DVR_SnapPicTaskStop(), 0);
+}
+
+TEST_F(RepliesTest, ReplayDistributionRepliesAreReadable) {
+  long id = LoginReady();
+  ASSERT_EQ(IP_NET_DVR_GetReplay_Dates_Distribute(id), 0);
+  AuxEvent dates_reply;
+  ASSERT_TRUE(events_.WaitAux(id, 1021, kWaitMs, &dates_reply));
+  EXPECT_EQ(IP_NET_DVR_GetReplay_SearchMode_ByXml(dates_reply.xml.c_str()), 10);
+  unsigned int dates[8];
+  ASSERT_EQ(IP_NET_DVR_GetReplay_Dates_DistributeByXml(dates_reply.xml.c_str(), dates, 8), 0);
+  EXPECT_GT(dates[0], dates[1]);  // newest first
+  events_.Clear();
+
+  ASSERT_EQ(IP_NET_DVR_GetReplay_OneDay_Distribute(id, 2024, 5, 6), 0);
+  AuxEvent day_reply;
+  ASSERT_TRUE(events_.WaitAux(id, 1021, kWaitMs, &day_reply));
+  char minutes[1441];
+  ASSERT_EQ(IP_NET_DVR_GetReplay_OneDay_DistributeByXml(day_reply.xml.c_str(), minutes,
+                                                        sizeof(minutes)), 0);
+  EXPECT_EQ(IP_NET_DVR_GetReplay_Dates_DistributeByXml(day_reply.xml.c_str(), dates, 8),
+            QV_E_BAD_REPLY);
+}
+
+TEST_F(RepliesTest, GarbageAheadOfAFrameLeavesTheLinkWorking) {
+  long id = LoginReady();
+  const std::string flag("\x58\x91\x58\x51", 4);
+  const std::string bad_headers[] = {
+      std::string("\x01\x02\x03", 3),                    // stray bytes
+      flag + std::string("\x00\x00\x00\x00", 4),          // length 0
+      flag + std::string("\x01\x00\xF0\x00", 4),          // length 0xF00001
+  };
+  for (const std::string& garbage : bad_headers) {
+    events_.Clear();
+    camera_->InjectBeforeNextReply(garbage);
+    ASSERT_EQ(IP_NET_DVR_RebootDVR(id), 0);
+    EXPECT_TRUE(events_.WaitAux(id, 1007, kWaitMs));
+  }
+  EXPECT_EQ(events_.Count(id, EVENT_SOCKETERROR), 0);
+  EXPECT_EQ(camera_->Connections(), 1);
+}
+
+}  // namespace
+}  // namespace qvtest
