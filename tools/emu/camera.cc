@@ -113,7 +113,8 @@ void Camera::Impl::AcceptLoop() {
     inet_ntop(AF_INET, &peer.sin_addr, host, sizeof host);
     Print("link " + std::to_string(number) + ": accepted from " + host + ":" +
           std::to_string(ntohs(peer.sin_port)));
-    link->Start();
+    // The link joins the list before its thread runs: once a client has its
+    // login reply, pushes to logged-in links must already find it.
     std::vector<std::shared_ptr<Link>> finished;
     {
       std::lock_guard<std::mutex> lock(links_mu_);
@@ -127,6 +128,7 @@ void Camera::Impl::AcceptLoop() {
       }
       links_.push_back(link);
     }
+    link->Start();
   }
 }
 
