@@ -1,6 +1,9 @@
 // Small helpers shared by test folders: a scratch directory, file reading,
-// waiting on a condition with a deadline, and a loopback UDP receiver.
+// waiting on a condition with a deadline, captured standard output and a
+// loopback UDP receiver.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <arpa/inet.h>
 #include <dirent.h>
@@ -87,6 +90,14 @@ inline bool WaitFor(const std::function<bool()>& cond, int timeout_ms = 10000) {
     std::this_thread::sleep_for(std::chrono::milliseconds(2));
   }
   return true;
+}
+
+// Runs fn and returns what it printed to standard output.
+template <typename Fn>
+std::string CapturedStdout(Fn fn) {
+  testing::internal::CaptureStdout();
+  fn();
+  return testing::internal::GetCapturedStdout();
 }
 
 // A UDP socket bound to 127.0.0.1 on a free port.
