@@ -230,41 +230,34 @@ TEST_F(TimeZoneTable, OffsetsAndSummerTimeRules) {
 
   EXPECT_STREQ(z[0]->name, "GMT-12:00 (International Date Line West)");
   EXPECT_STREQ(z[0]->rule, "UTC+12");
-  EXPECT_EQ(z[0]->offset, 0);
-  EXPECT_EQ(z[0]->start_month, 0);  // no ",M" parts: fields stay zero
-  EXPECT_EQ(z[0]->end_month, 0);
-
-  EXPECT_EQ(z[1]->offset, 510);  // GMT-03:30
-  EXPECT_EQ(z[1]->start_month, 3);
-  EXPECT_EQ(z[1]->start_week, 2);
-  EXPECT_EQ(z[1]->start_weekday, 0);
-  EXPECT_EQ(z[1]->start_hour, 0);  // no "/hour": 0
-  EXPECT_EQ(z[1]->end_month, 11);
-  EXPECT_EQ(z[1]->end_week, 1);
-
-  EXPECT_EQ(z[2]->offset, 13 * 60);
-  EXPECT_EQ(z[2]->start_month, 3);
-  EXPECT_EQ(z[2]->start_week, 5);
-  EXPECT_EQ(z[2]->start_hour, 2);
-  EXPECT_EQ(z[2]->end_month, 10);
-  EXPECT_EQ(z[2]->end_hour, 3);
-
-  EXPECT_EQ(z[3]->offset, 20 * 60);  // "GMT+08" without minutes
-  EXPECT_EQ(z[4]->offset, -1);       // no parenthesis: not parsed
+  // Offset; start month, week, weekday, hour; end month, week, weekday, hour.
+  const int expected[5][9] = {
+      {0, 0, 0, 0, 0, 0, 0, 0, 0},          // no ",M" parts: fields stay zero
+      {510, 3, 2, 0, 0, 11, 1, 0, 0},       // GMT-03:30; no "/hour": 0
+      {13 * 60, 3, 5, 0, 2, 10, 5, 0, 3},
+      {20 * 60, 0, 0, 0, 0, 0, 0, 0, 0},    // "GMT+08" without minutes
+      {-1, 0, 0, 0, 0, 0, 0, 0, 0},         // no parenthesis: not parsed
+  };
+  for (int i = 0; i < 5; ++i) {
+    const DstConfig& r = *z[i];
+    const int got[9] = {r.offset,    r.start_month, r.start_week, r.start_weekday, r.start_hour,
+                        r.end_month, r.end_week,    r.end_weekday, r.end_hour};
+    for (int k = 0; k < 9; ++k) EXPECT_EQ(got[k], expected[i][k]) << "zone " << i << " field " << k;
+  }
   FreeSummerTimeList(head);
 }
 
 TEST_F(TimeZoneTable, MissingBadAndForeignFiles) {
-  TempDir dir;
-  SetTimeZoneTablePath(dir.Path("none.xml").c_str());
+  ScratchDir dir;
+  SetTimeZoneTablePath((dir / "none.xml").c_str());
   std::string printed = CapturedStdout([&] { EXPECT_EQ(ReadSummerTimeListFromXML(), nullptr); });
   EXPECT_NE(printed.find("open file failed."), std::string::npos);
-  WriteFileBytes(dir.Path("bad.xml"), "<tz><item>");
-  SetTimeZoneTablePath(dir.Path("bad.xml").c_str());
+  WriteFile(dir / "bad.xml", "<tz><item>");
+  SetTimeZoneTablePath((dir / "bad.xml").c_str());
   printed = CapturedStdout([&] { EXPECT_EQ(ReadSummerTimeListFromXML(), nullptr); });
   EXPECT_NE(printed.find("parse file failed."), std::string::npos);
-  WriteFileBytes(dir.Path("other.xml"), "<zones/>");
-  SetTimeZoneTablePath(dir.Path("other.xml").c_str());
+  WriteFile(dir / "other.xml", "<zones/>");
+  SetTimeZoneTablePath((dir / "other.xml").c_str());
   printed = CapturedStdout([&] { EXPECT_EQ(ReadSummerTimeListFromXML(), nullptr); });
   EXPECT_NE(printed.find("xmlDocument_getElementsByTagName(tz) return NULL!"), std::string::npos);
   EXPECT_EQ(SetTimeZoneTablePath(std::string(300, 'p').c_str()), -1);
@@ -272,15 +265,15 @@ TEST_F(TimeZoneTable, MissingBadAndForeignFiles) {
 }
 
 TEST_F(TimeZoneTable, HostileEntries) {
-  TempDir dir;
+  ScratchDir dir;
   std::string doc = "<tz>";
   doc += "<item value=\"" + std::string(500, 'r') + ",M99999.1.2/300,M1\">GMT+" +
          std::string(400, '9') + "(x)</item>";
   doc += "<item value=\",M,M\">GMT-99:99 (odd)</item>";
   for (int i = 0; i < 5000; ++i) doc += "<item value=\"v\">GMT+01:00 (many)</item>";
   doc += "</tz>";
-  WriteFileBytes(dir.Path("tz.xml"), doc);
-  SetTimeZoneTablePath(dir.Path("tz.xml").c_str());
+  WriteFile(dir / "tz.xml", doc);
+  SetTimeZoneTablePath((dir / "tz.xml").c_str());
   DstConfig* head = ReadSummerTimeListFromXML();
   ASSERT_NE(head, nullptr);
   size_t n = 0;
