@@ -29,10 +29,8 @@ TEST_F(RepliesTest, AuxCodeTakesLow24BitsOfTheCodeAndHigh8OfTheFlag) {
                               &refused));
   EXPECT_EQ(refused.xml, "\n<RESPONSE_PARAM Error=\"1\" />\n");
   EXPECT_TRUE(events_.WaitAux(id, 0x7F234567L, kWaitMs));
-}
-
-TEST_F(RepliesTest, ConfigurationRepliesCarryTheSectionBody) {
-  long id = LoginReady();
+  // Configuration replies carry the section body; a refused set code is
+  // composed the same way.
   ASSERT_EQ(IP_NET_DVR_GetDVRConfig(id, 305, 0, nullptr, 0, nullptr), 0);
   AuxEvent reply;
   ASSERT_TRUE(events_.WaitAux(id, 305, kWaitMs, &reply));
@@ -41,44 +39,36 @@ TEST_F(RepliesTest, ConfigurationRepliesCarryTheSectionBody) {
   EXPECT_TRUE(events_.WaitAux(id, static_cast<long>(static_cast<int32_t>(0xFF00270Fu)), kWaitMs));
 }
 
-TEST_F(RepliesTest, PtzPresetReplyWithBodyIsStatus21) {
-  camera_->SetPtzReply(0, "PTZ_CMD", "<PRESET_INFO Count=\"2\"/>");
+TEST_F(RepliesTest, PtzRepliesByFlagCodeAndBody) {
   long id = LoginReady();
-  ASSERT_EQ(IP_NET_DVR_PTZPreset(id, QV_PRESET_SET, 3), 0);
-  ASSERT_TRUE(events_.WaitStatus(id, EVENT_PTZPRESETINFO, kWaitMs));
-  EXPECT_EQ(events_.First(id, EVENT_PTZPRESETINFO).text, "\n<PRESET_INFO Count=\"2\"/>\n");
-  // Status 10 twice: the request leaving (no text), then the reply's flag 0.
-  std::vector<StatusEvent> all = events_.Status();
-  ASSERT_GE(all.size(), 3u);
-  EXPECT_EQ(all[all.size() - 3].code, EVENT_SENDPTZOK);
-  EXPECT_EQ(all[all.size() - 3].text, "");
-  EXPECT_EQ(all[all.size() - 2].code, EVENT_SENDPTZOK);
-  EXPECT_EQ(all[all.size() - 2].text, Label() + ": send PTZ control command ok!");
-}
-
-TEST_F(RepliesTest, PtzReplyWithoutBodyIsStatus22) {
-  long id = LoginReady();
-  ASSERT_EQ(IP_NET_DVR_PTZControl(id, QV_PTZ_DOWN, 1, 1), 0);
-  ASSERT_TRUE(events_.WaitStatus(id, EVNET_PTZNOPRESETINFO, kWaitMs));
-  EXPECT_EQ(events_.First(id, EVNET_PTZNOPRESETINFO).text, "");
-  std::vector<StatusEvent> all = events_.Status();
-  ASSERT_GE(all.size(), 2u);
-  EXPECT_EQ(all[all.size() - 2].text, Label() + ": send PTZ control command ok!");
-}
-
-TEST_F(RepliesTest, RefusedPtzIsStatus11) {
+  // Flag 0 with a body: status 21 with the body; without: 22 and no text.
+  // Each comes after status 10 twice: the request leaving (no text), then
+  // the reply's flag 0.
+  for (bool body : {true, false}) {
+    camera_->SetPtzReply(0, "PTZ_CMD", body ? "<PRESET_INFO Count=\"2\"/>" : "");
+    events_.Clear();
+    ASSERT_EQ(body ? IP_NET_DVR_PTZPreset(id, QV_PRESET_SET, 3)
+                   : IP_NET_DVR_PTZControl(id, QV_PTZ_DOWN, 1, 1), 0);
+    long code = body ? EVENT_PTZPRESETINFO : EVNET_PTZNOPRESETINFO;
+    ASSERT_TRUE(events_.WaitStatus(id, code, kWaitMs));
+    EXPECT_EQ(events_.First(id, code).text, body ? "\n<PRESET_INFO Count=\"2\"/>\n" : "");
+    std::vector<StatusEvent> all = events_.Status();
+    ASSERT_GE(all.size(), 3u);
+    EXPECT_EQ(all[all.size() - 3].code, EVENT_SENDPTZOK);
+    EXPECT_EQ(all[all.size() - 3].text, "");
+    EXPECT_EQ(all[all.size() - 2].code, EVENT_SENDPTZOK);
+    EXPECT_EQ(all[all.size() - 2].text, Label() + ": send PTZ control command ok!");
+  }
+  // Refused: status 11 with the flag, and no 22.
   camera_->SetPtzReply(-3);
-  long id = LoginReady();
+  events_.Clear();
   ASSERT_EQ(IP_NET_DVR_PTZControl(id, QV_PTZ_DOWN, 1, 1), 0);
   ASSERT_TRUE(events_.WaitStatus(id, EVENT_SENDPTZFAILED, kWaitMs));
   EXPECT_EQ(events_.First(id, EVENT_SENDPTZFAILED).text,
             Label() + ": ERR -3: send PTZ control command failed!");
   EXPECT_EQ(events_.Count(id, EVNET_PTZNOPRESETINFO), 0);
-}
-
-TEST_F(RepliesTest, PtzReplyWithAnotherCodeGoesToTheAuxCallback) {
+  // Another code goes to the AUX callback.
   camera_->SetPtzReply(0, "77", "<PTZ_STATE Pan=\"10\"/>");
-  long id = LoginReady();
   ASSERT_EQ(IP_NET_DVR_PTZControl(id, QV_PTZ_DOWN, 1, 1), 0);
   AuxEvent reply;
   ASSERT_TRUE(events_.WaitAux(id, 77, kWaitMs, &reply));
@@ -124,7 +114,7 @@ TEST_F(RepliesTest, TwoAlarmItemsAreTwoStatusEventsWithFilledRecords) {
   EXPECT_EQ(strlen(alarms[1].alarm_data), 127u);
 }
 
-TEST_F(RepliesTest, UserDataIsCutToTheCallersBuffer) {
+TEST_F(RepliesTest, UserDataIsCutToTheCallersBufferAndDecodedByPairs) {
   camera_->SetUserData("0123456789");
   long id = LoginReady();
   char buffer[4];
@@ -140,21 +130,16 @@ TEST_F(RepliesTest, UserDataIsCutToTheCallersBuffer) {
   EXPECT_TRUE(events_.WaitAux(id, 1034, kWaitMs));
   EXPECT_EQ(IP_NET_DVR_SetUserData(id, nullptr, 0), -1);
   EXPECT_EQ(IP_NET_DVR_SetUserData(id, whole, 1), 0);
-}
-
-TEST_F(RepliesTest, UserDataDropsAnOddTrailingDigitAndMissingDataIsEmpty) {
-  long id = LoginReady();
-  camera_->SetReply("SYSTEM_CONTROL_MESSAGE", 1034, 0, "<RESPONSE_PARAM UserDevData=\"41424\" />");
-  char buffer[16];
-  int length = sizeof(buffer);
-  ASSERT_EQ(IP_NET_DVR_GetUserData(id, buffer, &length), 0);
-  EXPECT_EQ(length, 2);
-  EXPECT_STREQ(buffer, "AB");
-  camera_->SetReply("SYSTEM_CONTROL_MESSAGE", 1034, 0, "<RESPONSE_PARAM />");
-  length = sizeof(buffer);
-  ASSERT_EQ(IP_NET_DVR_GetUserData(id, buffer, &length), 0);
-  EXPECT_EQ(length, 0);
-  EXPECT_STREQ(buffer, "");
+  // An odd trailing digit is dropped; missing data is empty.
+  for (const char* data : {"41424", ""}) {
+    camera_->SetReply("SYSTEM_CONTROL_MESSAGE", 1034, 0,
+                      *data ? std::string("<RESPONSE_PARAM UserDevData=\"") + data + "\" />"
+                            : "<RESPONSE_PARAM />");
+    length = sizeof(whole);
+    ASSERT_EQ(IP_NET_DVR_GetUserData(id, whole, &length), 0);
+    EXPECT_EQ(length, *data ? 2 : 0);
+    EXPECT_STREQ(whole, *data ? "AB" : "");
+  }
 }
 
 TEST_F(RepliesTest, SnapshotWaitsForItsAlarm) {
