@@ -82,12 +82,12 @@ inline void WriteFile(const std::string& path, const std::string& text) {
   out << text;
 }
 
-// Polls cond every few milliseconds until it holds or the deadline passes.
+// Polls cond every millisecond until it holds or the deadline passes.
 inline bool WaitFor(const std::function<bool()>& cond, int timeout_ms = 10000) {
   auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
   while (!cond()) {
-    if (std::chrono::steady_clock::now() > deadline) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    if (std::chrono::steady_clock::now() > deadline) return cond();
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   return true;
 }
