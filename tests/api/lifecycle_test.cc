@@ -16,8 +16,7 @@
 #include "stream/rtsp_object_list.h"
 #include "support/scratch.h"
 
-using testing::internal::CaptureStdout;
-using testing::internal::GetCapturedStdout;
+using testsupport::CapturedStdout;
 using testsupport::ListDir;
 using testsupport::ReadFile;
 
@@ -36,9 +35,7 @@ class LifecycleTest : public ::testing::Test {
   template <typename Fn>
   static std::string Console(Fn fn) {
     IP_NET_DVR_LOG_OPEN();
-    CaptureStdout();
-    fn();
-    std::string out = GetCapturedStdout();
+    std::string out = CapturedStdout(fn);
     IP_NET_DVR_LOG_CLOSE();
     return out;
   }
@@ -75,10 +72,10 @@ TEST_F(LifecycleTest, CleanupWithoutInitAndTwiceReturnsZero) {
   EXPECT_EQ(IP_NET_DVR_Cleanup(), 0);
   EXPECT_EQ(DebugGetState().init_count, 0);
 
-  CaptureStdout();
-  EXPECT_EQ(IP_NET_DVR_Init(), 0);
-  EXPECT_EQ(IP_NET_DVR_Init(), 0);
-  GetCapturedStdout();
+  CapturedStdout([] {
+    EXPECT_EQ(IP_NET_DVR_Init(), 0);
+    EXPECT_EQ(IP_NET_DVR_Init(), 0);
+  });
   EXPECT_EQ(DebugGetState().init_count, 2);
   EXPECT_EQ(IP_NET_DVR_Cleanup(), 0);
   EXPECT_EQ(IP_NET_DVR_Cleanup(), 0);
@@ -86,20 +83,9 @@ TEST_F(LifecycleTest, CleanupWithoutInitAndTwiceReturnsZero) {
   EXPECT_EQ(DebugGetState().init_count, 0);
 }
 
-TEST_F(LifecycleTest, CleanupLogsItsStepsInOrder) {
-  CaptureStdout();
-  IP_NET_DVR_Init();
-  GetCapturedStdout();
-  std::string out = Console([] { IP_NET_DVR_Cleanup(); });
-  size_t pos = Find(out, "]IP_NET_DVR_Cleanup(0)\n");
-  pos = Find(out, "]IP_NET_DVR_SetExceptionCallBack(0)\n", pos);
-  pos = Find(out, "]IP_NET_DVR_SetAUXResponseCallBack(0)\n", pos);
-  pos = Find(out, "]IP_NET_DVR_SetStatusEventCallBack(0)\n", pos);
-  Find(out, "]DebugRelease Quorvel Jul 25 2023 13:08:44\n\n", pos);
-}
-
-TEST_F(LifecycleTest, CleanupClearsHostCallbacksButKeepsTheReplayOnes) {
+TEST_F(LifecycleTest, CleanupLogsItsStepsAndClearsHostCallbacksButNotTheReplayOnes) {
   int user = 0;
+  CapturedStdout([] { IP_NET_DVR_Init(); });
   IP_NET_DVR_SetStatusEventCallBack(CountStatus, &user);
   IP_NET_DVR_SetAUXResponseCallBack(CountAux, &user);
   IP_NET_DVR_SetExceptionCallBack(0, 0, CountException, &user);
@@ -107,7 +93,12 @@ TEST_F(LifecycleTest, CleanupClearsHostCallbacksButKeepsTheReplayOnes) {
   IP_NET_DVR_SetReplayDataCallBack(ReplayData, &user);
   EXPECT_EQ(ObjectPtzList.PostStatusMsg(1, EVENT_CONNECTOK, "up"), 1);
 
-  IP_NET_DVR_Cleanup();
+  std::string out = Console([] { IP_NET_DVR_Cleanup(); });
+  size_t pos = Find(out, "]IP_NET_DVR_Cleanup(0)\n");
+  pos = Find(out, "]IP_NET_DVR_SetExceptionCallBack(0)\n", pos);
+  pos = Find(out, "]IP_NET_DVR_SetAUXResponseCallBack(0)\n", pos);
+  pos = Find(out, "]IP_NET_DVR_SetStatusEventCallBack(0)\n", pos);
+  Find(out, "]DebugRelease Quorvel Jul 25 2023 13:08:44\n\n", pos);
   g_calls = 0;
   EXPECT_EQ(ObjectPtzList.PostStatusMsg(1, EVENT_CONNECTOK, "up"), -1);
   EXPECT_EQ(ObjectPtzList.PostAuxResponseMsg(nullptr, 0x1234, 0, "<xml/>"), -1);
@@ -119,7 +110,13 @@ TEST_F(LifecycleTest, CleanupClearsHostCallbacksButKeepsTheReplayOnes) {
   FRAME_EXTDATA extra = {};
   char data[4] = {};
   EXPECT_EQ(ObjectPtzList.OnPlayBackDataRecvCallBack(1, 0, data, sizeof(data), &extra), 66);
-  EXPECT_EQ(g_seen_user, &user);
+  EXPECT_EQ(g_seen_user, &user);  // the user pointer travels in the extra record
+
+  IP_NET_DVR_SetReplayEventCallBack(nullptr, nullptr);
+  IP_NET_DVR_SetReplayDataCallBack(nullptr, nullptr);
+  EXPECT_EQ(ObjectPtzList.OnPlayEventCallBack(1, 2, 3, nullptr), QV_E_SOCKET);
+  EXPECT_EQ(ObjectPtzList.OnPlayBackDataRecvCallBack(1, 0, data, sizeof(data), &extra),
+            QV_E_SOCKET);
 }
 
 TEST_F(LifecycleTest, WriteToClosedSocketFailsInsteadOfEndingTheProcess) {
@@ -138,9 +135,7 @@ TEST_F(LifecycleTest, WriteToClosedSocketFailsInsteadOfEndingTheProcess) {
   ASSERT_TRUE(WIFSIGNALED(status)) << "exit status " << WEXITSTATUS(status);
   EXPECT_EQ(WTERMSIG(status), SIGPIPE);
 
-  CaptureStdout();
-  EXPECT_EQ(IP_NET_DVR_Init(), 0);
-  EXPECT_EQ(GetCapturedStdout(), "SIGPIPE ignore\n");
+  EXPECT_EQ(CapturedStdout([] { EXPECT_EQ(IP_NET_DVR_Init(), 0); }), "SIGPIPE ignore\n");
   int fds[2];
   ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, fds), 0);
   close(fds[1]);
@@ -166,21 +161,18 @@ TEST_F(LifecycleTest, VersionsAreExactAndLogged) {
   EXPECT_TRUE(std::regex_match(out, lines)) << out;
 }
 
-TEST_F(LifecycleTest, LastErrorCodeIsReadAndCleared) {
+TEST_F(LifecycleTest, LastErrorCodeIsReadAndClearedAndAccessorsWriteNoLine) {
   OjbectRtspList.SetLastError(QV_E_UNKNOWN_HANDLE);
-  EXPECT_EQ(IP_NET_DVR_GetLastErrorCode(), QV_E_UNKNOWN_HANDLE);
-  EXPECT_EQ(IP_NET_DVR_GetLastErrorCode(), 0);
-}
-
-TEST_F(LifecycleTest, LogSwitchesAndAccessorsWriteNoLine) {
-  CaptureStdout();
-  EXPECT_EQ(IP_NET_DVR_LOG_OPEN(), 0);
-  EXPECT_EQ(DebugGetState().console, 1);
-  IP_NET_DVR_Get_Timestamp();
-  IP_NET_DVR_GetLastErrorCode();
-  EXPECT_EQ(IP_NET_DVR_LOG_CLOSE(), 0);
-  EXPECT_EQ(DebugGetState().console, 0);
-  EXPECT_EQ(GetCapturedStdout(), "");
+  std::string out = CapturedStdout([] {
+    EXPECT_EQ(IP_NET_DVR_LOG_OPEN(), 0);
+    EXPECT_EQ(DebugGetState().console, 1);
+    IP_NET_DVR_Get_Timestamp();
+    EXPECT_EQ(IP_NET_DVR_GetLastErrorCode(), QV_E_UNKNOWN_HANDLE);
+    EXPECT_EQ(IP_NET_DVR_GetLastErrorCode(), 0);
+    EXPECT_EQ(IP_NET_DVR_LOG_CLOSE(), 0);
+    EXPECT_EQ(DebugGetState().console, 0);
+  });
+  EXPECT_EQ(out, "");
 }
 
 // ---------------------------------------------------------------- frame lines
@@ -221,12 +213,12 @@ TEST_F(LifecycleTest, CallbackSettersReturnZeroAndLogTheirArgument) {
 
 TEST_F(LifecycleTest, SetLogToFileMakesTheLibraryLogIntoTheFolder) {
   testsupport::ScratchDir logs;
-  CaptureStdout();
-  IP_NET_DVR_Init();
-  EXPECT_EQ(IP_NET_DVR_SetLogToFile(1, const_cast<char*>(logs.path().c_str()), 0), 0);
-  IP_NET_DVR_SetStatusEventCallBack(CountStatus, nullptr);
-  IP_NET_DVR_Cleanup();
-  GetCapturedStdout();
+  CapturedStdout([&] {
+    IP_NET_DVR_Init();
+    EXPECT_EQ(IP_NET_DVR_SetLogToFile(1, const_cast<char*>(logs.path().c_str()), 0), 0);
+    IP_NET_DVR_SetStatusEventCallBack(CountStatus, nullptr);
+    IP_NET_DVR_Cleanup();
+  });
 
   auto files = ListDir(logs.path());
   ASSERT_EQ(files.size(), 1u);

@@ -30,11 +30,18 @@ TEST_F(RegistrySessions, IdsAreTheLowestFreeSlotAndAreReused) {
   EXPECT_GE(camera_->Connections(), 3);
 }
 
-TEST_F(RegistrySessions, PortLimitsAreOneTo65534) {
-  EXPECT_EQ(IP_NET_DVR_Login("127.0.0.1", 65534, const_cast<char*>("a"),
-                             const_cast<char*>("b"), nullptr), 1);
-  EXPECT_EQ(IP_NET_DVR_Login(nullptr, 5000, const_cast<char*>("a"), const_cast<char*>("b"),
-                             nullptr), 0);
+TEST_F(RegistrySessions, PortsOneTo65534AndAnAddressAreNeeded) {
+  auto login = [](const char* ip, unsigned short port) {
+    return IP_NET_DVR_Login(ip, port, const_cast<char*>("a"), const_cast<char*>("b"), nullptr);
+  };
+  EXPECT_EQ(login("127.0.0.1", 0), 0);
+  EXPECT_EQ(login("127.0.0.1", 65535), 0);
+  EXPECT_EQ(login(nullptr, 5000), 0);
+  EXPECT_EQ(ObjectPtzList.LastError(), QV_E_INVALID_ARG);
+  EXPECT_EQ(ObjectPtzList.SessionCount(), 0);
+  // Only the stream registry's error is what the host reads.
+  EXPECT_EQ(IP_NET_DVR_GetLastErrorCode(), 0);
+  EXPECT_EQ(login("127.0.0.1", 65534), 1);
 }
 
 TEST_F(RegistrySessions, The129thLoginFails) {

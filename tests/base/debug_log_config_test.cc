@@ -8,42 +8,16 @@
 #include "base/debug_log.h"
 #include "base/log_fixture.h"
 
-using testing::internal::CaptureStdout;
-using testing::internal::GetCapturedStdout;
+using testsupport::CapturedStdout;
 using testsupport::ListDir;
 using testsupport::ReadFile;
-
-namespace {
-
-bool IsDir(const std::string& path) {
-  struct stat st;
-  return stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
-}
-
-}  // namespace
-
-TEST_F(DebugLogTest, WithoutAFileTheDefaultsHold) {
-  DebugLogSwitch(1);
-  CaptureStdout();
-  Init();
-  EXPECT_EQ(GetCapturedStdout(), "");  // no banner without a file
-  DebugLogState s = DebugGetState();
-  EXPECT_EQ(s.to_file, 0);
-  EXPECT_EQ(s.to_network, 0);
-  EXPECT_EQ(s.level, 10);
-  EXPECT_EQ(s.show_file_line, 0);
-  EXPECT_STREQ(s.monitor_ip, "");
-  EXPECT_STREQ(s.start_time, "102030");
-}
 
 TEST_F(DebugLogTest, KeysAreFoundAnywhereInAnyOrder) {
   std::string sub = logs_ / "sub";
   std::string cfg = "# comment\nshowfileline=1; level=3;monitor_ip=127.0.0.1;debugfilepath=" +
                     sub + ";network=0;\r\nfile=7;";
   DebugLogSwitch(1);
-  CaptureStdout();
-  Init(cfg.c_str());
-  std::string out = GetCapturedStdout();
+  std::string out = CapturedStdout([&] { Init(cfg.c_str()); });
   EXPECT_NE(out.find("]Quorvel Build Jul 25 2023 13:08:44\r\n\n\r\n"), std::string::npos) << out;
   DebugLogState s = DebugGetState();
   EXPECT_EQ(s.to_file, 1);
@@ -52,57 +26,58 @@ TEST_F(DebugLogTest, KeysAreFoundAnywhereInAnyOrder) {
   EXPECT_EQ(s.show_file_line, 1);
   EXPECT_STREQ(s.monitor_ip, "127.0.0.1");
   // The folder is created, but the log stays in "./".
-  EXPECT_TRUE(IsDir(sub));
+  struct stat st;
+  EXPECT_TRUE(stat(sub.c_str(), &st) == 0 && S_ISDIR(st.st_mode));
   EXPECT_STREQ(s.log_dir, "./");
 }
 
-TEST_F(DebugLogTest, NetworkKeyWithoutSemicolonAtTheEndLeavesOnlyTheFileOn) {
-  Init("file=1;\nnetwork=1");
-  EXPECT_EQ(DebugGetState().to_file, 1);
-  EXPECT_EQ(DebugGetState().to_network, 0);
-}
-
-TEST_F(DebugLogTest, AbsentKeysTakeTheirDefaultsAndAnAbsentFolderClearsTheMonitor) {
-  Init("monitor_ip=127.0.0.9;");
-  DebugLogState s = DebugGetState();
-  EXPECT_STREQ(s.monitor_ip, "");
-  EXPECT_EQ(s.level, 0);  // absent: 0, unlike the 10 of a missing file
-  EXPECT_EQ(s.to_file, 0);
-  EXPECT_EQ(s.show_file_line, 0);
-}
-
-TEST_F(DebugLogTest, KeysWithoutSemicolonsLeaveTheirSettingsAsTheyWere) {
-  Init("level=5\nmonitor_ip=127.0.0.1\ndebugfilepath=made-by-mistake\nshowfileline=1\nfile=1");
-  DebugLogState s = DebugGetState();
-  EXPECT_EQ(s.level, 10);
-  EXPECT_STREQ(s.monitor_ip, "");
-  EXPECT_EQ(s.show_file_line, 0);
-  EXPECT_EQ(s.to_file, 0);
-  EXPECT_STREQ(s.log_dir, "");
+// Files that are missing, partial, malformed or hostile: each row is read by
+// a fresh start of the log.
+TEST_F(DebugLogTest, MissingMalformedAndHugeSettings) {
+  const std::string huge = "file=99999999999999999999999999;level=-99999999999999999999;"
+                           "monitor_ip=" + std::string(10000, '1') + ";debugfilepath=" +
+                           (logs_ / std::string(300, 'p')) + ";showfileline=" +
+                           std::string(5000, '9') + ";";
+  const struct {
+    const char* what;
+    std::string text;  // empty: no file at all
+    int to_file, to_network, level, show_file_line;
+    std::string monitor_ip, log_dir;
+  } cases[] = {
+      {"no file: defaults", "", 0, 0, 10, 0, "", ""},
+      {"last key without ';'", "file=1;\nnetwork=1", 1, 0, 0, 0, "", ""},
+      // absent keys give 0 (unlike the 10 of a missing file), and an absent
+      // folder clears the monitor
+      {"absent keys", "monitor_ip=127.0.0.9;", 0, 0, 0, 0, "", ""},
+      {"no ';' anywhere: settings as they were",
+       "level=5\nmonitor_ip=127.0.0.1\ndebugfilepath=made-by-mistake\nshowfileline=1\nfile=1",
+       0, 0, 10, 0, "", ""},
+      {"huge values stay in their buffers", huge, 1, 0, INT_MIN, INT_MAX,
+       std::string(63, '1'), "./"},
+      // only the first MiB is read: a key behind it is not seen
+      {"oversized", std::string(1 << 20, ' ') + "file=1;", 0, 0, 0, 0, "", ""},
+  };
+  DebugLogSwitch(1);
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    remove("player_dbg.cfg");
+    std::string out = CapturedStdout([&] { Init(c.text.empty() ? nullptr : c.text.c_str()); });
+    if (c.text.empty()) {
+      EXPECT_EQ(out, "");  // no banner without a file
+    }
+    DebugLogState s = DebugGetState();
+    EXPECT_EQ(s.to_file, c.to_file);
+    EXPECT_EQ(s.to_network, c.to_network);
+    EXPECT_EQ(s.level, c.level);
+    EXPECT_EQ(s.show_file_line, c.show_file_line);
+    EXPECT_EQ(std::string(s.monitor_ip), c.monitor_ip);
+    EXPECT_EQ(std::string(s.log_dir), c.log_dir);
+    EXPECT_STREQ(s.start_time, "102030");
+    CapturedStdout([] { DebugRelease(); });
+  }
+  // No folder was made by mistake, nor under a cut name.
   EXPECT_EQ(ListDir("."), std::vector<std::string>{"player_dbg.cfg"});
-}
-
-TEST_F(DebugLogTest, HugeValuesStayInsideTheirBuffers) {
-  std::string long_dir = logs_ / std::string(300, 'p');
-  std::string cfg = "file=99999999999999999999999999;level=-99999999999999999999;monitor_ip=" +
-                    std::string(10000, '1') + ";debugfilepath=" + long_dir +
-                    ";showfileline=" + std::string(5000, '9') + ";";
-  Init(cfg.c_str());
-  DebugLogState s = DebugGetState();
-  EXPECT_EQ(s.to_file, 1);
-  EXPECT_EQ(s.level, INT_MIN);
-  EXPECT_EQ(s.show_file_line, INT_MAX);
-  EXPECT_EQ(std::string(s.monitor_ip), std::string(63, '1'));
-  EXPECT_STREQ(s.log_dir, "./");
-  EXPECT_TRUE(ListDir(logs_.path()).empty());  // no folder under a cut name
-}
-
-TEST_F(DebugLogTest, OversizedOrUnreadableFilesAreHandled) {
-  // Only the first MiB is read: a key behind it is not seen.
-  std::string big(1 << 20, ' ');
-  Init((big + "file=1;").c_str());
-  EXPECT_EQ(DebugGetState().to_file, 0);
-  DebugRelease();
+  EXPECT_TRUE(ListDir(logs_.path()).empty());
 
   // A directory in the file's place is no configuration.
   remove("player_dbg.cfg");
@@ -113,18 +88,14 @@ TEST_F(DebugLogTest, OversizedOrUnreadableFilesAreHandled) {
 
 TEST_F(DebugLogTest, FileKeyAloneLogsIntoTheCurrentDirectory) {
   Init("file=1;");
-  CaptureStdout();
-  WriteDebugLog("fn", "f.cc", 1, 0, nullptr, "here\n");
-  GetCapturedStdout();
+  CapturedStdout([] { WriteDebugLog("fn", "f.cc", 1, 0, nullptr, "here\n"); });
   EXPECT_NE(ReadFile("./Quorvel_20240015_102030_0.log").find("here"), std::string::npos);
 }
 
 TEST_F(DebugLogTest, ShowFileLineSelectsTheLongLineForm) {
   Init("showfileline=1;");
   SetLogToFile(1, const_cast<char*>(logs_.path().c_str()), 0);
-  CaptureStdout();
-  WriteDebugLog("fn", "src/x.cc", 42, 0, nullptr, "[%s:%d]m\n", "fn", 42);
-  GetCapturedStdout();
+  CapturedStdout([] { WriteDebugLog("fn", "src/x.cc", 42, 0, nullptr, "[%s:%d]m\n", "fn", 42); });
   char tid[32];
   snprintf(tid, sizeof(tid), "%X", static_cast<unsigned>(GetCurrentThreadId()));
   EXPECT_EQ(ReadFile(FileName(logs_.path(), "20240015", 0)),

@@ -10,22 +10,16 @@
 
 #include "base/log_fixture.h"
 
-using testing::internal::CaptureStdout;
-using testing::internal::GetCapturedStdout;
+using testsupport::CapturedStdout;
 using testsupport::ListDir;
 using testsupport::ReadFile;
 
 namespace {
 
-std::string Tid() {
+// The calling thread's ID as the line forms print it ("%X" or "%08x").
+std::string Tid(const char* form = "%X") {
   char buf[32];
-  snprintf(buf, sizeof(buf), "%X", static_cast<unsigned>(GetCurrentThreadId()));
-  return buf;
-}
-
-std::string Tid08() {
-  char buf[32];
-  snprintf(buf, sizeof(buf), "%08x", static_cast<unsigned>(GetCurrentThreadId()));
+  snprintf(buf, sizeof(buf), form, static_cast<unsigned>(GetCurrentThreadId()));
   return buf;
 }
 
@@ -35,21 +29,20 @@ std::string Tid08() {
 
 TEST_F(DebugLogTest, NothingIsWrittenWithoutConfigurationAndWithTheSwitchOff) {
   Init();
-  CaptureStdout();
-  QV_LOG("[%s:%d]quiet %d\n", 1);
-  EXPECT_EQ(WriteDebugLog("fn", "f.cc", 1, 0, nullptr, "[%s:%d]quiet\n", "fn", 1), -1);
-  EXPECT_EQ(DebugLogType(LOGTYPE_DEBUG, "quiet\n"), 0);
-  DebugLogFunc("[%s:%d]quiet\n", "fn", 1);
-  EXPECT_EQ(GetCapturedStdout(), "");
+  EXPECT_EQ(CapturedStdout([] {
+              QV_LOG("[%s:%d]quiet %d\n", 1);
+              EXPECT_EQ(WriteDebugLog("fn", "f.cc", 1, 0, nullptr, "[%s:%d]quiet\n", "fn", 1), -1);
+              EXPECT_EQ(DebugLogType(LOGTYPE_DEBUG, "quiet\n"), 0);
+              DebugLogFunc("[%s:%d]quiet\n", "fn", 1);
+            }),
+            "");
   EXPECT_TRUE(ListDir(".").empty());
   EXPECT_TRUE(ListDir(logs_.path()).empty());
 
   // Turn the network sink on: the first datagram is the next line, so no
   // line above was sent.
   SetLogToFile(2, const_cast<char*>(logs_.path().c_str()), 0);
-  CaptureStdout();
-  QV_LOG("[%s:%d]first\n");
-  GetCapturedStdout();
+  CapturedStdout([] { QV_LOG("[%s:%d]first\n"); });
   std::string got;
   ASSERT_TRUE(udp_.Receive(&got));
   EXPECT_NE(got.find("first"), std::string::npos) << got;
@@ -58,38 +51,33 @@ TEST_F(DebugLogTest, NothingIsWrittenWithoutConfigurationAndWithTheSwitchOff) {
 TEST_F(DebugLogTest, ConsoleLineCarriesTimeThreadFunctionAndLine) {
   Init();
   DebugLogSwitch(5);
-  CaptureStdout();
+  testing::internal::CaptureStdout();
   int line = __LINE__ + 1;
   QV_LOG("[%s:%d]hello %d\n", 7);
-  std::string out = GetCapturedStdout();
+  std::string out = testing::internal::GetCapturedStdout();
   std::regex form(R"(\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d,Tid=0x[0-9A-F]+\]\[TestBody:(\d+)\]hello 7\n\r\n)");
   std::smatch m;
   ASSERT_TRUE(std::regex_match(out, m, form)) << out;
   EXPECT_EQ(m[1], std::to_string(line));
 
   DebugLogSwitch(0);
-  CaptureStdout();
-  QV_LOG("[%s:%d]hidden\n");
-  EXPECT_EQ(GetCapturedStdout(), "");
+  EXPECT_EQ(CapturedStdout([] { QV_LOG("[%s:%d]hidden\n"); }), "");
 }
 
 TEST_F(DebugLogTest, SetLogToFileOnlyTurnsSinksOnAndModeZeroTurnsThemOff) {
   Init();
   char* dir = const_cast<char*>(logs_.path().c_str());
+  auto sinks = [] { return std::make_pair(DebugGetState().to_file, DebugGetState().to_network); };
   SetLogToFile(4, dir, 0);  // neither bit: the file sink
-  EXPECT_EQ(DebugGetState().to_file, 1);
-  EXPECT_EQ(DebugGetState().to_network, 0);
+  EXPECT_EQ(sinks(), std::make_pair(1, 0));
   SetLogToFile(0, dir, 0);
   SetLogToFile(2, dir, 0);
-  EXPECT_EQ(DebugGetState().to_file, 0);
-  EXPECT_EQ(DebugGetState().to_network, 1);
+  EXPECT_EQ(sinks(), std::make_pair(0, 1));
   SetLogToFile(1, nullptr, 0);  // a bad folder is ignored; flags still set
-  EXPECT_EQ(DebugGetState().to_file, 1);
-  EXPECT_EQ(DebugGetState().to_network, 1);
+  EXPECT_EQ(sinks(), std::make_pair(1, 1));
   EXPECT_EQ(std::string(DebugGetState().log_dir), logs_.path());
   SetLogToFile(0, dir, 0);
-  EXPECT_EQ(DebugGetState().to_file, 0);
-  EXPECT_EQ(DebugGetState().to_network, 0);
+  EXPECT_EQ(sinks(), std::make_pair(0, 0));
 }
 
 // ---------------------------------------------------------------- file sink
@@ -97,11 +85,10 @@ TEST_F(DebugLogTest, SetLogToFileOnlyTurnsSinksOnAndModeZeroTurnsThemOff) {
 TEST_F(DebugLogTest, LongFormLineGoesToTheDaysFileInTheLogFolder) {
   Init();
   SetLogToFile(1, const_cast<char*>(logs_.path().c_str()), 0);
-  CaptureStdout();
   void* obj = reinterpret_cast<void*>(0x1234);
-  EXPECT_EQ(WriteDebugLog("fn", "f.cc", 12, 0, obj, "[%s:%d]msg %d\n", "fn", 12, 5), 0);
-  std::string out = GetCapturedStdout();
-
+  std::string out = CapturedStdout([&] {
+    EXPECT_EQ(WriteDebugLog("fn", "f.cc", 12, 0, obj, "[%s:%d]msg %d\n", "fn", 12, 5), 0);
+  });
   // January prints as month 00.
   std::string line = "Quorvel:00-15 10:20:30,this=0x0x1234,Tid=0x" + Tid() + ",[fn:12]msg 5\n\r\n";
   EXPECT_EQ(ReadFile(FileName(logs_.path(), "20240015", 0)), line);
@@ -112,7 +99,7 @@ TEST_F(DebugLogTest, LongFormLineGoesToTheDaysFileInTheLogFolder) {
 TEST_F(DebugLogTest, LineAfterTwentyThousandOpensTheNextIndexAndANewDayStartsAtZero) {
   Init();
   SetLogToFile(1, const_cast<char*>(logs_.path().c_str()), 0);
-  CaptureStdout();
+  testing::internal::CaptureStdout();
   for (int i = 1; i <= 20000; ++i) WriteDebugLog("fn", "f.cc", 1, 0, nullptr, "line %d\n", i);
   std::string first = FileName(logs_.path(), "20240015", 0);
   std::string second = FileName(logs_.path(), "20240015", 1);
@@ -126,9 +113,8 @@ TEST_F(DebugLogTest, LineAfterTwentyThousandOpensTheNextIndexAndANewDayStartsAtZ
 
   Now().tm_mday = 16;
   WriteDebugLog("fn", "f.cc", 1, 0, nullptr, "next day\n");
-  GetCapturedStdout();
-  std::string day2 = FileName(logs_.path(), "20240016", 0);
-  EXPECT_NE(ReadFile(day2).find("next day"), std::string::npos);
+  testing::internal::GetCapturedStdout();
+  EXPECT_NE(ReadFile(FileName(logs_.path(), "20240016", 0)).find("next day"), std::string::npos);
   EXPECT_EQ(CountLines(ReadFile(second)), 1);
   EXPECT_EQ(DebugGetState().file_index, 0);
   EXPECT_EQ(ListDir(logs_.path()).size(), 3u);
@@ -137,27 +123,29 @@ TEST_F(DebugLogTest, LineAfterTwentyThousandOpensTheNextIndexAndANewDayStartsAtZ
 TEST_F(DebugLogTest, WithNoFileOpenOnlyTheShortFormMovesTheIndexOn) {
   Init();
   SetLogToFile(1, const_cast<char*>(logs_.path().c_str()), 0);
-  CaptureStdout();
-  for (int i = 0; i < 20000; ++i) DebugLogType(LOGTYPE_INFO, "short %d", i);
-  EXPECT_EQ(GetCapturedStdout(), "");  // the short form prints nothing
-  // The short form writes in the current directory whatever the folder.
+  // The short form prints nothing, and writes in the current directory
+  // whatever the folder.
+  EXPECT_EQ(CapturedStdout([] {
+              for (int i = 0; i < 20000; ++i) DebugLogType(LOGTYPE_INFO, "short %d", i);
+            }),
+            "");
   EXPECT_EQ(CountLines(ReadFile("./Quorvel_20240015_102030_0.log")), 20000);
   EXPECT_TRUE(ListDir(logs_.path()).empty());
 
   ChangeDebugFileDir(logs_.path().c_str());  // closes the file
   DebugLogType(LOGTYPE_ERROR, "after %d", 1);
-  std::string expected = "Quorvel: 2024-00-15 10:20:30: " + Tid08() + ": after 1\r\n";
-  EXPECT_EQ(ReadFile("./Quorvel_20240015_102030_1.log"), expected);
+  EXPECT_EQ(ReadFile("./Quorvel_20240015_102030_1.log"),
+            "Quorvel: 2024-00-15 10:20:30: " + Tid("%08x") + ": after 1\r\n");
 }
 
 TEST_F(DebugLogTest, WithNoFileOpenTheLongFormReopensTheSameIndex) {
   Init();
   SetLogToFile(1, const_cast<char*>(logs_.path().c_str()), 0);
-  CaptureStdout();
-  for (int i = 0; i < 20000; ++i) WriteDebugLog("fn", "f.cc", 1, 0, nullptr, "long %d\n", i);
-  ChangeDebugFileDir(logs_.path().c_str());
-  WriteDebugLog("fn", "f.cc", 1, 0, nullptr, "after\n");
-  GetCapturedStdout();
+  CapturedStdout([&] {
+    for (int i = 0; i < 20000; ++i) WriteDebugLog("fn", "f.cc", 1, 0, nullptr, "long %d\n", i);
+    ChangeDebugFileDir(logs_.path().c_str());
+    WriteDebugLog("fn", "f.cc", 1, 0, nullptr, "after\n");
+  });
   EXPECT_EQ(CountLines(ReadFile(FileName(logs_.path(), "20240015", 0))), 20001);
   EXPECT_EQ(ListDir(logs_.path()).size(), 1u);
 }
@@ -167,18 +155,15 @@ TEST_F(DebugLogTest, UnopenableFileEndsTheCallWithAnError) {
   std::string missing = logs_.path() + "/no/such/folder";
   SetLogToFile(3, const_cast<char*>(missing.c_str()), 0);
   DebugLogSwitch(1);
-  CaptureStdout();
-  EXPECT_EQ(WriteDebugLog("fn", "f.cc", 1, 0, nullptr, "lost\n"), -1);
-  std::string out = GetCapturedStdout();
+  std::string out = CapturedStdout(
+      [] { EXPECT_EQ(WriteDebugLog("fn", "f.cc", 1, 0, nullptr, "lost\n"), -1); });
   EXPECT_NE(out.find("]Quorvel: DebugLog() ERR 2: open debug file error.\r\n\n\r\n"),
             std::string::npos)
       << out;
   // The network sink was not reached.
   SetLogToFile(0, nullptr, 0);
   SetLogToFile(2, const_cast<char*>(logs_.path().c_str()), 0);
-  CaptureStdout();
-  WriteDebugLog("fn", "f.cc", 1, 0, nullptr, "reached\n");
-  GetCapturedStdout();
+  CapturedStdout([] { WriteDebugLog("fn", "f.cc", 1, 0, nullptr, "reached\n"); });
   std::string got;
   ASSERT_TRUE(udp_.Receive(&got));
   EXPECT_NE(got.find("reached"), std::string::npos) << got;
@@ -196,14 +181,14 @@ TEST_F(DebugLogTest, UdpSinkSendsEachLineWithoutTerminator) {
 
   EXPECT_EQ(DebugLogType(LOGTYPE_DEBUG, "typed %d", 9), 0);
   ASSERT_TRUE(udp_.Receive(&got));
-  EXPECT_EQ(got, "Quorvel: 2024-00-15 10:20:30: " + Tid08() + ": typed 9\r\n");
+  EXPECT_EQ(got, "Quorvel: 2024-00-15 10:20:30: " + Tid("%08x") + ": typed 9\r\n");
 
   int line = __LINE__ + 1;
   QV_LOG("[%s:%d]macro\n");
   ASSERT_TRUE(udp_.Receive(&got));
   EXPECT_NE(got.find(",[TestBody:" + std::to_string(line) + "]macro\n\r\n"), std::string::npos)
       << got;
-  EXPECT_TRUE(ListDir(".").size() == 1u);  // only the configuration file
+  EXPECT_EQ(ListDir("."), std::vector<std::string>{"player_dbg.cfg"});
 }
 
 // ---------------------------------------------------------------- folder
@@ -211,9 +196,7 @@ TEST_F(DebugLogTest, UdpSinkSendsEachLineWithoutTerminator) {
 TEST_F(DebugLogTest, ChangeDebugFileDirChecksItsTextAndKeepsALongerTail) {
   Init();
   SetLogToFile(1, const_cast<char*>(logs_.path().c_str()), 0);
-  CaptureStdout();
-  WriteDebugLog("fn", "f.cc", 1, 0, nullptr, "open\n");
-  GetCapturedStdout();
+  CapturedStdout([] { WriteDebugLog("fn", "f.cc", 1, 0, nullptr, "open\n"); });
   EXPECT_TRUE(DebugGetState().file_open);
   EXPECT_EQ(ChangeDebugFileDir(logs_.path().c_str()), 0);  // closes the file
   EXPECT_FALSE(DebugGetState().file_open);
@@ -230,7 +213,6 @@ TEST_F(DebugLogTest, ChangeDebugFileDirChecksItsTextAndKeepsALongerTail) {
   EXPECT_EQ(ChangeDebugFileDir("/tmp/abcdef"), 0);
   EXPECT_EQ(ChangeDebugFileDir("/tmp/x"), 0);
   EXPECT_EQ(std::string(DebugGetState().log_dir).substr(0, 11), "/tmp/xbcdef");
-
 }
 
 // ---------------------------------------------------------------- counting
@@ -238,29 +220,22 @@ TEST_F(DebugLogTest, ChangeDebugFileDirChecksItsTextAndKeepsALongerTail) {
 TEST_F(DebugLogTest, InitTwiceThenReleaseThriceWarnsInGb2312) {
   Init();
   DebugLogSwitch(1);
-  CaptureStdout();
-  DebugInit();
-  EXPECT_NE(GetCapturedStdout().find("]DebugInit() count=2!\n\r\n"), std::string::npos);
+  EXPECT_NE(CapturedStdout([] { DebugInit(); }).find("]DebugInit() count=2!\n\r\n"),
+            std::string::npos);
   SetLogToFile(1, const_cast<char*>(logs_.path().c_str()), 0);
 
   DebugRelease();  // still counted once: the log goes on
-  CaptureStdout();
-  EXPECT_EQ(WriteDebugLog("fn", "f.cc", 1, 0, nullptr, "still here\n"), 0);
-  GetCapturedStdout();
+  CapturedStdout([] { EXPECT_EQ(WriteDebugLog("fn", "f.cc", 1, 0, nullptr, "still here\n"), 0); });
   EXPECT_TRUE(DebugGetState().file_open);
 
-  CaptureStdout();
-  DebugRelease();  // the last one shuts it down
-  std::string out = GetCapturedStdout();
+  std::string out = CapturedStdout([] { DebugRelease(); });  // the last one shuts it down
   EXPECT_NE(out.find("]DebugRelease Quorvel Jul 25 2023 13:08:44\n\n\r\n"), std::string::npos)
       << out;
   EXPECT_EQ(DebugGetState().to_file, 0);
   EXPECT_FALSE(DebugGetState().file_open);
   EXPECT_EQ(WriteDebugLog("fn", "f.cc", 1, 0, nullptr, "gone\n"), -1);
 
-  CaptureStdout();
-  DebugRelease();  // one too many
-  out = GetCapturedStdout();
+  out = CapturedStdout([] { DebugRelease(); });  // one too many
   const std::string warning =
       "DebugRelease() count=-1,"
       "\xb5\xf7\xd3\xc3" "DebugRelease" "\xb1\xc8\xb5\xf7\xd3\xc3" "DebugInit" "\xb6\xe0!\r\n";

@@ -1,28 +1,21 @@
-// Temporary folders and files for the configuration tests.
+// Files for the configuration tests: the shared scratch helpers, the
+// fixtures folder and a scoped CONFIG_FILE_PATH.
 #pragma once
 
 #include <string>
 
 #include "config/config_file.h"
+#include "support/scratch.h"
 
-// A fresh folder under the system's temporary folder, removed with its
-// contents at the end of the scope.
-class TempDir {
- public:
-  TempDir();
-  ~TempDir();
-  std::string Path(const std::string& name) const { return dir_ + "/" + name; }
+using testsupport::CapturedStdout;
+using testsupport::ListDir;
+using testsupport::ReadFile;
+using testsupport::ScratchDir;
+using testsupport::WriteFile;
 
- private:
-  std::string dir_;
-};
-
-// Entries of a folder, "." and ".." not counted.
-int CountEntries(const std::string& dir);
-
-std::string ReadFileBytes(const std::string& path);
-void WriteFileBytes(const std::string& path, const std::string& bytes);
-std::string FixturePath(const std::string& name);
+inline std::string FixturePath(const std::string& name) {
+  return std::string(QUORVEL_SOURCE_DIR) + "/tests/config/data/" + name;
+}
 
 // Points CONFIG_FILE_PATH at a file for the scope; the default comes back
 // afterwards.
@@ -31,16 +24,3 @@ class ScopedConfigPath {
   explicit ScopedConfigPath(const std::string& path) { SetConfigFilePath(path.c_str()); }
   ~ScopedConfigPath() { SetConfigFilePath(nullptr); }
 };
-
-// Runs `fn` and returns what it printed to standard output.
-template <typename Fn>
-std::string CapturedStdout(Fn fn);
-
-#include <gtest/gtest.h>
-
-template <typename Fn>
-std::string CapturedStdout(Fn fn) {
-  testing::internal::CaptureStdout();
-  fn();
-  return testing::internal::GetCapturedStdout();
-}

@@ -43,28 +43,20 @@ void Replace(std::string* text, const std::string& from, const std::string& to) 
     text->replace(at, from.size(), to);
 }
 
-const char* const kKeptTags[] = {"SystemConfig",  "ServerConfig",   "MediaConfig",
-                                 "MediaStreamConfig", "PlatformConfig", "GB28181Config",
-                                 "RecordConfig",  "AlarmConfig"};
-
-const ConfigSectionText& Kept(const IPCConfig& cfg, const std::string& tag) {
-  if (tag == "SystemConfig") return cfg.system;
-  if (tag == "ServerConfig") return cfg.server;
-  if (tag == "MediaConfig") return cfg.media;
-  if (tag == "MediaStreamConfig") return cfg.mediaStream;
-  if (tag == "PlatformConfig") return cfg.platform;
-  if (tag == "GB28181Config") return cfg.gb28181;
-  if (tag == "RecordConfig") return cfg.record;
-  return cfg.alarm;
-}
+// Sections of other modules, kept as text.
+const std::pair<const char*, ConfigSectionText IPCConfig::*> kKept[] = {
+    {"SystemConfig", &IPCConfig::system},   {"ServerConfig", &IPCConfig::server},
+    {"MediaConfig", &IPCConfig::media},     {"MediaStreamConfig", &IPCConfig::mediaStream},
+    {"PlatformConfig", &IPCConfig::platform}, {"GB28181Config", &IPCConfig::gb28181},
+    {"RecordConfig", &IPCConfig::record},   {"AlarmConfig", &IPCConfig::alarm}};
 
 class ConfigDocument : public testing::Test {
  protected:
   void SetUp() override {
-    fixture_ = ReadFileBytes(FixturePath("full_config.xml"));
+    fixture_ = ReadFile(FixturePath("full_config.xml"));
     ASSERT_FALSE(fixture_.empty());
-    path_ = dir_.Path("config.xml");
-    WriteFileBytes(path_, fixture_);
+    path_ = dir_ / "config.xml";
+    WriteFile(path_, fixture_);
   }
 
   std::unique_ptr<IPCConfig> Load(const std::string& path) {
@@ -73,7 +65,7 @@ class ConfigDocument : public testing::Test {
     return cfg;
   }
 
-  TempDir dir_;
+  ScratchDir dir_;
   std::string fixture_;
   std::string path_;
 };
@@ -97,10 +89,10 @@ TEST_F(ConfigDocument, LoadsEverySection) {
   EXPECT_EQ(net.PPTP.MTU, 1400);
   EXPECT_STREQ(net.P2P.Authcode, "ABCDEF123456");
   // Sections of other modules are kept exactly as the file holds them.
-  for (const char* tag : kKeptTags) {
-    SCOPED_TRACE(tag);
-    const ConfigSectionText& kept = Kept(*cfg, tag);
-    std::string expected = ElementText(fixture_, tag);
+  for (const auto& k : kKept) {
+    SCOPED_TRACE(k.first);
+    const ConfigSectionText& kept = (*cfg).*k.second;
+    std::string expected = ElementText(fixture_, k.first);
     ASSERT_FALSE(expected.empty());
     EXPECT_EQ(std::string(kept.text, kept.length), expected);
     EXPECT_EQ(kept.overflow, 0u);
@@ -111,31 +103,31 @@ TEST_F(ConfigDocument, OlderRootReadsTheSameAndSavesAsIPCConfig) {
   auto expected = Load(path_);
   std::string old_root = fixture_;
   Replace(&old_root, "IPCConfig>", "VEXORAConfig>");
-  std::string old_path = dir_.Path("old.xml");
-  WriteFileBytes(old_path, old_root);
+  std::string old_path = dir_ / "old.xml";
+  WriteFile(old_path, old_root);
   auto cfg = Load(old_path);
   EXPECT_EQ(memcmp(cfg.get(), expected.get(), sizeof(IPCConfig)), 0);
-  std::string saved_path = dir_.Path("saved.xml");
+  std::string saved_path = dir_ / "saved.xml";
   ASSERT_EQ(SetConfigToXML_Ex(cfg.get(), saved_path.c_str()), 0);
-  std::string saved = ReadFileBytes(saved_path);
+  std::string saved = ReadFile(saved_path);
   EXPECT_EQ(Count(saved, "VEXORAConfig"), 0u);
   EXPECT_NE(saved.find("<IPCConfig> \n"), std::string::npos);
 }
 
 TEST_F(ConfigDocument, SaveAndReloadGiveAnEqualRecord) {
   auto cfg = Load(path_);
-  std::string saved_path = dir_.Path("saved.xml");
+  std::string saved_path = dir_ / "saved.xml";
   ASSERT_EQ(SetConfigToXML_Ex(cfg.get(), saved_path.c_str()), 0);
   auto again = Load(saved_path);
   EXPECT_EQ(memcmp(cfg.get(), again.get(), sizeof(IPCConfig)), 0);
   // A second save writes the same bytes.
-  std::string second_path = dir_.Path("second.xml");
+  std::string second_path = dir_ / "second.xml";
   ASSERT_EQ(SetConfigToXML_Ex(again.get(), second_path.c_str()), 0);
-  EXPECT_EQ(ReadFileBytes(second_path), ReadFileBytes(saved_path));
+  EXPECT_EQ(ReadFile(second_path), ReadFile(saved_path));
   // Kept sections are written back byte for byte.
-  std::string saved = ReadFileBytes(saved_path);
-  for (const char* tag : kKeptTags)
-    EXPECT_NE(saved.find(ElementText(fixture_, tag)), std::string::npos) << tag;
+  std::string saved = ReadFile(saved_path);
+  for (const auto& k : kKept)
+    EXPECT_NE(saved.find(ElementText(fixture_, k.first)), std::string::npos) << k.first;
 }
 
 TEST_F(ConfigDocument, FilledRecordRoundTripsThroughTheConfigurationFile) {
@@ -151,16 +143,16 @@ TEST_F(ConfigDocument, FilledRecordRoundTripsThroughTheConfigurationFile) {
   auto back = NewConfig();
   ASSERT_EQ(GetConfigFromXml(back.get()), 0);
   EXPECT_EQ(memcmp(cfg.get(), back.get(), sizeof(IPCConfig)), 0);
-  std::string saved = ReadFileBytes(path_);
+  std::string saved = ReadFile(path_);
   EXPECT_EQ(Count(saved, "<SystemConfig"), 0u);  // absent sections stay absent
 }
 
 TEST_F(ConfigDocument, WrittenFormWithCarriageReturnsAsBlanks) {
   auto cfg = Load(path_);
   strcpy(cfg->network.LAN.hostname, "a\rb");
-  std::string saved_path = dir_.Path("saved.xml");
+  std::string saved_path = dir_ / "saved.xml";
   ASSERT_EQ(SetConfigToXML_Ex(cfg.get(), saved_path.c_str()), 0);
-  std::string saved = ReadFileBytes(saved_path);
+  std::string saved = ReadFile(saved_path);
   EXPECT_EQ(saved.find('\r'), std::string::npos);
   EXPECT_NE(saved.find("hostname=\"a b\""), std::string::npos);
   const std::string head =
@@ -185,7 +177,7 @@ TEST_F(ConfigDocument, FirstOfRepeatedSectionsCounts) {
   Replace(&doubled, "</IPCConfig>",
           "<NetworkConfig><UPNPConfig Enable=\"7\"/></NetworkConfig>"
           "<AlarmConfig>second</AlarmConfig></IPCConfig>");
-  WriteFileBytes(path_, doubled);
+  WriteFile(path_, doubled);
   auto cfg = Load(path_);
   EXPECT_EQ(cfg->network.UPNP.Enable, 1);
   EXPECT_EQ(std::string(cfg->alarm.text), ElementText(fixture_, "AlarmConfig"));
@@ -204,9 +196,9 @@ TEST_F(ConfigDocument, BadDocumentsFailWithTheirMessage) {
        "]xmlDocument_getElementsByTagName(NetworkConfig) return NULL!\n\n"},
   };
   for (const auto& c : cases) {
-    std::string path = dir_.Path("bad.xml");
+    std::string path = dir_ / "bad.xml";
     unlink(path.c_str());
-    if (c.content) WriteFileBytes(path, c.content);
+    if (c.content) WriteFile(path, c.content);
     auto cfg = NewConfig();
     std::string printed =
         CapturedStdout([&] { EXPECT_EQ(ParseConfigXML(path.c_str(), cfg.get()), -1); });
@@ -225,7 +217,7 @@ TEST_F(ConfigDocument, HostileButParsableDocuments) {
          "\" DHCP=\"\xD6\xD0\"/><WIFIConfig ESSID=\"\xFF\xFF\x81\"/></NetworkConfig>";
   doc += "<SystemConfig>" + std::string(QV_CONFIG_SECTION_TEXT_MAX, 's') + "</SystemConfig>";
   doc += "</IPCConfig>";
-  WriteFileBytes(path_, doc);
+  WriteFile(path_, doc);
   auto cfg = Load(path_);
   EXPECT_EQ(cfg->network.LAN.MTU, 1400u);
   EXPECT_EQ(strlen(cfg->network.LAN.hostname), 63u);
@@ -239,7 +231,7 @@ TEST_F(ConfigDocument, OverlongKeptSectionBlocksOnlyTheWholeSave) {
   std::string big = fixture_;
   Replace(&big, "</SystemConfig>",
           "<Pad x=\"" + std::string(QV_CONFIG_SECTION_TEXT_MAX, 'p') + "\"/></SystemConfig>");
-  WriteFileBytes(path_, big);
+  WriteFile(path_, big);
   int valid = -1;
   EXPECT_EQ(CheckUserConfigFileValidity(path_.c_str(), &valid), 0);
   EXPECT_EQ(valid, 0);
@@ -248,32 +240,32 @@ TEST_F(ConfigDocument, OverlongKeptSectionBlocksOnlyTheWholeSave) {
   std::string printed =
       CapturedStdout([&] { EXPECT_EQ(SetConfigToXML_Ex(cfg.get(), path_.c_str()), -1); });
   EXPECT_NE(printed.find("]can not save vexora cfg\r\n\n"), std::string::npos);
-  EXPECT_EQ(ReadFileBytes(path_), big);
+  EXPECT_EQ(ReadFile(path_), big);
   // Writing the network section alone leaves the big section in place.
   ScopedConfigPath use(path_);
   cfg->network.UPNP.Enable = 0;
   ASSERT_EQ(SetNetworkConfig(&cfg->network), 0);
-  EXPECT_NE(ReadFileBytes(path_).find(ElementText(big, "SystemConfig")), std::string::npos);
+  EXPECT_NE(ReadFile(path_).find(ElementText(big, "SystemConfig")), std::string::npos);
 }
 
 TEST_F(ConfigDocument, ValidityOfGoodPartialAndUnreadableFiles) {
-  int valid = -1;
-  EXPECT_EQ(CheckUserConfigFileValidity(path_.c_str(), &valid), 0);
-  EXPECT_EQ(valid, 1);
-  std::string partial_path = dir_.Path("partial.xml");
-  WriteFileBytes(partial_path, fixture_.substr(0, fixture_.size() / 2));
-  valid = -1;
-  EXPECT_EQ(CheckUserConfigFileValidity(partial_path.c_str(), &valid), 0);
-  EXPECT_EQ(valid, 0);
-  std::string rootless_path = dir_.Path("rootless.xml");
-  WriteFileBytes(rootless_path, "<NetworkConfig/>");
-  valid = -1;
-  EXPECT_EQ(CheckUserConfigFileValidity(rootless_path.c_str(), &valid), 0);
-  EXPECT_EQ(valid, 0);
-  valid = -1;
-  EXPECT_EQ(CheckUserConfigFileValidity(dir_.Path("missing.xml").c_str(), &valid), -1);
-  EXPECT_EQ(valid, 0);
-  EXPECT_EQ(CheckUserConfigFileValidity(dir_.Path("").c_str(), &valid), -1);  // a folder
+  const struct {
+    std::string name, content;  // empty name: the folder itself
+    int ret, valid;
+  } cases[] = {
+      {"config.xml", fixture_, 0, 1},
+      {"partial.xml", fixture_.substr(0, fixture_.size() / 2), 0, 0},
+      {"rootless.xml", "<NetworkConfig/>", 0, 0},
+      {"missing.xml", "", -1, 0},
+      {"", "", -1, 0},
+  };
+  for (const auto& c : cases) {
+    std::string path = c.name.empty() ? dir_.path() : dir_ / c.name;
+    if (!c.content.empty()) WriteFile(path, c.content);
+    int valid = -1;
+    EXPECT_EQ(CheckUserConfigFileValidity(path.c_str(), &valid), c.ret) << c.name;
+    EXPECT_EQ(valid, c.valid) << c.name;
+  }
   EXPECT_EQ(CheckUserConfigFileValidity(path_.c_str(), nullptr), -1);
 }
 
@@ -292,7 +284,7 @@ class SectionWrite : public ConfigDocument {
 
 TEST_F(SectionWrite, ReplacesTheSectionAndLeavesTheRest) {
   ASSERT_EQ(SetNetworkConfig(&net_), 0);
-  std::string after = ReadFileBytes(path_);
+  std::string after = ReadFile(path_);
   size_t start = fixture_.find("<NetworkConfig>");
   size_t rest = fixture_.find("</NetworkConfig>") + strlen("</NetworkConfig>\n");
   EXPECT_EQ(after.compare(0, start, fixture_, 0, start), 0);
@@ -318,9 +310,9 @@ TEST_F(SectionWrite, InsertsAMissingSectionBeforeTheRootEnd) {
   for (const char* root : {"IPCConfig", "VEXORAConfig"}) {
     std::string doc = std::string("<?xml version=\"1.0\"?>\n<") + root + ">\n<SystemConfig/>\n</" +
                       root + ">\n";
-    WriteFileBytes(path_, doc);
+    WriteFile(path_, doc);
     ASSERT_EQ(SetNetworkConfig(&net_), 0) << root;
-    std::string after = ReadFileBytes(path_);
+    std::string after = ReadFile(path_);
     size_t at = after.find("<NetworkConfig>");
     ASSERT_NE(at, std::string::npos);
     EXPECT_EQ(after.substr(0, at), doc.substr(0, doc.find("</")));
@@ -338,10 +330,10 @@ TEST_F(SectionWrite, NothingToSpliceIntoLeavesTheFileAlone) {
       "",
   };
   for (const char* content : contents) {
-    WriteFileBytes(path_, content);
+    WriteFile(path_, content);
     std::string printed = CapturedStdout([&] { EXPECT_EQ(SetNetworkConfig(&net_), -1); });
     EXPECT_NE(printed.find("]can not save <NetworkConfig> cfg\n"), std::string::npos);
-    EXPECT_EQ(ReadFileBytes(path_), content);
+    EXPECT_EQ(ReadFile(path_), content);
   }
   unlink(path_.c_str());
   EXPECT_EQ(SetNetworkConfig(&net_), -1);
@@ -368,33 +360,35 @@ TEST_F(SectionWrite, FailedWriteKeepsTheOldFile) {
   sigaction(SIGXFSZ, &old_action, nullptr);
   EXPECT_EQ(rc, -1);
   EXPECT_EQ(whole, -1);
-  EXPECT_EQ(ReadFileBytes(path_), fixture_);
+  EXPECT_EQ(ReadFile(path_), fixture_);
   // No temporary file is left behind.
-  EXPECT_EQ(CountEntries(dir_.Path("")), 1);
+  EXPECT_EQ(ListDir(dir_.path()), std::vector<std::string>{"config.xml"});
 }
 
-TEST_F(SectionWrite, SaveToAMissingFolderFails) {
+TEST_F(SectionWrite, ReadAndSaveFailuresSayWhy) {
   auto cfg = Load(path_);
   std::string printed = CapturedStdout([&] {
-    EXPECT_EQ(SetConfigToXML_Ex(cfg.get(), dir_.Path("no/such/config.xml").c_str()), -1);
+    EXPECT_EQ(SetConfigToXML_Ex(cfg.get(), (dir_ / "no/such/config.xml").c_str()), -1);
   });
   EXPECT_NE(printed.find("]open error\n\n"), std::string::npos);
   EXPECT_NE(printed.find("]can not save vexora cfg\r\n\n"), std::string::npos);
-}
 
-TEST_F(SectionWrite, SectionReadFailures) {
-  WriteFileBytes(path_, "<IPCConfig><SystemConfig/></IPCConfig>");
-  NetworkConfig back;
-  std::string printed = CapturedStdout([&] { EXPECT_EQ(GetNetworkConfig(&back), -1); });
-  EXPECT_NE(printed.find("]xmlDocument_getElementsByTagName(NetworkConfig) return NULL!\n\n"),
-            std::string::npos);
-  WriteFileBytes(path_, "<IPCConfig><NetworkConfig>");
-  printed = CapturedStdout([&] { EXPECT_EQ(GetNetworkConfig(&back), -1); });
-  EXPECT_NE(printed.find("]ixmlParseBuffer error, cfgname=NetworkConfig\r\n\n"),
-            std::string::npos);
-  unlink(path_.c_str());
-  printed = CapturedStdout([&] { EXPECT_EQ(GetNetworkConfig(&back), -1); });
-  EXPECT_NE(printed.find("]can not read config file\r\n\n"), std::string::npos);
+  const struct {
+    const char* content;  // null: no file
+    const char* message;
+  } cases[] = {
+      {"<IPCConfig><SystemConfig/></IPCConfig>",
+       "]xmlDocument_getElementsByTagName(NetworkConfig) return NULL!\n\n"},
+      {"<IPCConfig><NetworkConfig>", "]ixmlParseBuffer error, cfgname=NetworkConfig\r\n\n"},
+      {nullptr, "]can not read config file\r\n\n"},
+  };
+  for (const auto& c : cases) {
+    unlink(path_.c_str());
+    if (c.content) WriteFile(path_, c.content);
+    NetworkConfig back;
+    printed = CapturedStdout([&] { EXPECT_EQ(GetNetworkConfig(&back), -1); });
+    EXPECT_NE(printed.find(c.message), std::string::npos) << printed;
+  }
 }
 
 TEST_F(SectionWrite, ConfigVersionIsAppendedOnEveryCall) {
@@ -402,7 +396,7 @@ TEST_F(SectionWrite, ConfigVersionIsAppendedOnEveryCall) {
   ASSERT_EQ(SetConfigVersion(&v), 0);
   strcpy(v.Version, "5.0");
   ASSERT_EQ(SetConfigVersion(&v), 0);
-  std::string after = ReadFileBytes(path_);
+  std::string after = ReadFile(path_);
   EXPECT_EQ(Count(after, "<ConfigVersion "), 3u);
   EXPECT_EQ(after.substr(after.find("</AlarmConfig>")),
             "</AlarmConfig>\n \n<ConfigVersion Version=\"4.0\"></ConfigVersion> \n"

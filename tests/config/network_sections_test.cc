@@ -56,11 +56,8 @@ class NetworkRoundTrip : public testing::Test {
   NetworkConfig cfg_;
 };
 
-TEST_F(NetworkRoundTrip, WholeSection) {
+TEST_F(NetworkRoundTrip, WholeSectionAndEveryElementOnItsOwn) {
   ExpectRoundTrip<NetworkConfig>(cfg_, XMLGET_NetworkConfig, GetNetworkCfgByXml);
-}
-
-TEST_F(NetworkRoundTrip, EveryElementOnItsOwn) {
   ExpectRoundTrip<LANConfig>(cfg_.LAN, XMLGET_NetworkLANConfig, Network_getLANCfgByXml);
   ExpectRoundTrip<WIFIConfig>(cfg_.WIFI, XMLGET_NetworkWIFIConfig, Network_getWIFICfgByXml);
   ExpectRoundTrip<WIFIApConfig>(cfg_.WIFIAp, XMLGET_NetworkWIFIApConfig,
@@ -186,45 +183,38 @@ TEST(WifiConfig, VersionIsAlwaysWrittenAsTwoPointZero) {
   EXPECT_EQ(xml.substr(xml.size() - 15), "</WIFIConfig>\r\n");
 }
 
-TEST(WifiConfig, EssidFromHexadecimalUtf8) {
+TEST(WifiConfig, EssidFromGb2312OrHexadecimalUtf8) {
+  std::string zhong, gb;
+  for (int i = 0; i < 200; ++i) gb += "\xD6\xD0";
+  for (int i = 0; i < 21; ++i) zhong += "\xE4\xB8\xAD";
+  const struct {
+    std::string attributes;
+    std::string essid;
+  } cases[] = {
+      {"ESSID_UTF8=\"E4B8AD\"", "\xE4\xB8\xAD"},
+      {"ESSID=\"\xD6\xD0-x\"", "\xE4\xB8\xAD-x"},
+      {"ESSID_UTF8=\"6162\" ESSID=\"cd\"", "cd"},  // the later attribute wins
+      {"ESSID=\"cd\" ESSID_UTF8=\"6162\"", "ab"},
+      {"ESSID=\"a\xFF\xFE" "b\"", "ab"},  // invalid GB2312 pairs are dropped
+      // Long names: at most 63 bytes, never half a character.
+      {"ESSID=\"" + gb + "\"", zhong},
+      {"ESSID=\"x" + gb + "\"", "x" + zhong.substr(3)},
+      {"ESSID_UTF8=\"" + std::string(1000, 'a') + "\"", std::string(63, '\xAA')},
+      // Reading stops at the first pair that is not hexadecimal; an odd
+      // digit at the end is ignored.
+      {"ESSID_UTF8=\"4142zz43\"", "AB"},
+      {"ESSID_UTF8=\"41424\"", "AB"},
+  };
+  for (const auto& c : cases) {
+    WIFIConfig wifi;
+    ASSERT_EQ(Network_getWIFICfgByXml(&wifi, ("<WIFIConfig " + c.attributes + "/>").c_str()), 0);
+    EXPECT_EQ(std::string(wifi.ESSID), c.essid) << c.attributes.substr(0, 40);
+  }
   WIFIConfig wifi;
-  ASSERT_EQ(Network_getWIFICfgByXml(&wifi, "<WIFIConfig Version=\"2.0\" ESSID_UTF8=\"E4B8AD\"/>"), 0);
-  EXPECT_STREQ(wifi.ESSID, "\xE4\xB8\xAD");
+  memset(&wifi, 0, sizeof(wifi));
+  strcpy(wifi.ESSID, "\xE4\xB8\xAD");
   std::string xml = Take(XMLGET_NetworkWIFIConfig(&wifi));
   EXPECT_NE(xml.find("\r\nESSID=\"\xD6\xD0\"\r\nESSID_UTF8=\"e4b8ad\"\r\n"), std::string::npos) << xml;
-}
-
-TEST(WifiConfig, EssidFromGb2312AndTheLaterAttributeWins) {
-  WIFIConfig wifi;
-  ASSERT_EQ(Network_getWIFICfgByXml(&wifi, "<WIFIConfig ESSID=\"\xD6\xD0-x\"/>"), 0);
-  EXPECT_STREQ(wifi.ESSID, "\xE4\xB8\xAD-x");
-  ASSERT_EQ(Network_getWIFICfgByXml(&wifi, "<WIFIConfig ESSID_UTF8=\"6162\" ESSID=\"cd\"/>"), 0);
-  EXPECT_STREQ(wifi.ESSID, "cd");
-  ASSERT_EQ(Network_getWIFICfgByXml(&wifi, "<WIFIConfig ESSID=\"cd\" ESSID_UTF8=\"6162\"/>"), 0);
-  EXPECT_STREQ(wifi.ESSID, "ab");
-}
-
-TEST(WifiConfig, HostileEssidValues) {
-  WIFIConfig wifi;
-  // Invalid GB2312 pairs are dropped.
-  ASSERT_EQ(Network_getWIFICfgByXml(&wifi, "<WIFIConfig ESSID=\"a\xFF\xFE" "b\"/>"), 0);
-  EXPECT_STREQ(wifi.ESSID, "ab");
-  // Long names: at most 63 bytes, never half a character.
-  std::string gb;
-  for (int i = 0; i < 200; ++i) gb += "\xD6\xD0";
-  ASSERT_EQ(Network_getWIFICfgByXml(&wifi, ("<WIFIConfig ESSID=\"" + gb + "\"/>").c_str()), 0);
-  EXPECT_EQ(strlen(wifi.ESSID), 63u);
-  ASSERT_EQ(Network_getWIFICfgByXml(&wifi, ("<WIFIConfig ESSID=\"x" + gb + "\"/>").c_str()), 0);
-  EXPECT_EQ(strlen(wifi.ESSID), 61u);
-  std::string hex(1000, 'a');
-  ASSERT_EQ(Network_getWIFICfgByXml(&wifi, ("<WIFIConfig ESSID_UTF8=\"" + hex + "\"/>").c_str()), 0);
-  EXPECT_EQ(std::string(wifi.ESSID), std::string(63, '\xAA'));
-  // Reading stops at the first pair that is not hexadecimal; an odd digit
-  // at the end is ignored.
-  ASSERT_EQ(Network_getWIFICfgByXml(&wifi, "<WIFIConfig ESSID_UTF8=\"4142zz43\"/>"), 0);
-  EXPECT_STREQ(wifi.ESSID, "AB");
-  ASSERT_EQ(Network_getWIFICfgByXml(&wifi, "<WIFIConfig ESSID_UTF8=\"41424\"/>"), 0);
-  EXPECT_STREQ(wifi.ESSID, "AB");
 }
 
 TEST(WifiApConfig, EssidIsKeptAsItIs) {

@@ -69,63 +69,53 @@ TEST(CharacterTable, CoversEveryThreeByteGb2312Character) {
   EXPECT_EQ(three_byte, kGb2312TableRows);
 }
 
-TEST(CharacterConversion, ZhongInBothCodeColumns) {
-  const unsigned char zhong[] = {0xE4, 0xB8, 0xAD};
+TEST(CharacterConversion, BothCodeColumnsUnknownAndCutCharacters) {
+  using Convert = void (*)(const char*, char*);
+  Convert to_gb = str_utf8_2_gb2312, to_big5 = str_utf8_2_gbkbig5;
+  Convert gb = [](const char* in, char* out) { str_gb2312_2_utf8(in, out, 0); };
+  Convert gb_trad = [](const char* in, char* out) { str_gb2312_2_utf8(in, out, 1); };
+  Convert big5_trad = [](const char* in, char* out) { str_gbkbig5_2_utf8(in, out, 1); };
+  const struct {
+    Convert convert;
+    const char* in;  // null: no text
+    const char* out;
+  } cases[] = {
+      {to_gb, "a\xE4\xB8\xAD" "b", "a\xD6\xD0" "b"},  // 中
+      {to_big5, "\xE4\xB8\xAD", "\xA4\xA4"},
+      {gb, "\xD6\xD0", "\xE4\xB8\xAD"},
+      {big5_trad, "\xA4\xA4", "\xE4\xB8\xAD"},
+      // 发 (GB2312 B7A2) has the traditional form 發 (Big5 B56F); either
+      // form converts to both codes.
+      {gb_trad, "\xB7\xA2", "\xE7\x99\xBC"},
+      {gb, "\xB7\xA2", "\xE5\x8F\x91"},
+      {to_gb, "\xE7\x99\xBC", "\xB7\xA2"},
+      {to_big5, "\xE5\x8F\x91", "\xB5\x6F"},
+      // Any byte from 0x81 up starts a character taken as three bytes long:
+      // of a four-byte emoji three bytes are dropped and 0x80 is copied.
+      {to_gb, "a\xF0\x9F\x98\x80" "b", "a\x80" "b"},
+      {to_gb, "a\xE2\x82\xAC" "b", "ab"},  // euro sign: not in GB2312
+      {gb, "a\xAA\xA1" "b", "ab"},          // row 0xAA is empty
+      {gb, "a\xFF\xFF" "b", "ab"},          // invalid GB2312 bytes
+      {to_gb, "ab\xE4\xB8", "ab"},          // cut at the end
+      {gb, "ab\xD6", "ab"},
+      {to_gb, nullptr, ""},
+      {gb, nullptr, ""},
+  };
+  for (const auto& c : cases) {
+    char out[200] = "unchanged";
+    c.convert(c.in, out);
+    EXPECT_STREQ(out, c.out) << (c.in ? c.in : "(null)");
+  }
+  str_utf8_2_gb2312("x", nullptr);  // does nothing
+  str_gb2312_2_utf8("x", nullptr, 1);
   unsigned char out[2] = {};
-  unsigned n = 0;
-  utf8_2_gb2312(zhong, out, &n);
-  ASSERT_EQ(n, 2u);
-  EXPECT_EQ(out[0], 0xD6);
-  EXPECT_EQ(out[1], 0xD0);
-
-  char text[200];
-  str_utf8_2_gbkbig5("\xE4\xB8\xAD", text);
-  EXPECT_STREQ(text, "\xA4\xA4");
-  str_utf8_2_gb2312("a\xE4\xB8\xAD" "b", text);
-  EXPECT_STREQ(text, "a\xD6\xD0" "b");
-  str_gb2312_2_utf8("\xD6\xD0", text, 0);
-  EXPECT_STREQ(text, "\xE4\xB8\xAD");
-  str_gbkbig5_2_utf8("\xA4\xA4", text, 1);
-  EXPECT_STREQ(text, "\xE4\xB8\xAD");
-}
-
-TEST(CharacterConversion, TraditionalFormsBothWays) {
-  // 发 (GB2312 B7A2) has the traditional form 發 (Big5 B56F).
-  char text[200];
-  str_gb2312_2_utf8("\xB7\xA2", text, 1);
-  EXPECT_STREQ(text, "\xE7\x99\xBC");
-  str_gb2312_2_utf8("\xB7\xA2", text, 0);
-  EXPECT_STREQ(text, "\xE5\x8F\x91");
-  // Either form converts to the GB2312 code and to the Big5 code.
-  str_utf8_2_gb2312("\xE7\x99\xBC", text);
-  EXPECT_STREQ(text, "\xB7\xA2");
-  str_utf8_2_gbkbig5("\xE5\x8F\x91", text);
-  EXPECT_STREQ(text, "\xB5\x6F");
-}
-
-TEST(CharacterConversion, UnknownCharactersAreDropped) {
-  char text[200];
-  // Any byte from 0x81 up starts a character taken as three bytes long.
-  str_utf8_2_gb2312("a\xF0\x9F\x98\x80" "b", text);  // four-byte emoji
-  EXPECT_STREQ(text, "a\x80" "b");  // three bytes dropped, 0x80 copied
-  str_utf8_2_gb2312("a\xE2\x82\xAC" "b", text);  // euro sign: not in GB2312
-  EXPECT_STREQ(text, "ab");
-  str_gb2312_2_utf8("a\xAA\xA1" "b", text, 0);  // row 0xAA is empty
-  EXPECT_STREQ(text, "ab");
-  str_gb2312_2_utf8("a\xFF\xFF" "b", text, 0);  // invalid GB2312 bytes
-  EXPECT_STREQ(text, "ab");
-  unsigned char out[3];
   unsigned n = 7;
-  gb2312_2_utf8(reinterpret_cast<const unsigned char*>("\x81\x40"), out, &n, 0);
+  utf8_2_gb2312(reinterpret_cast<const unsigned char*>("\xE4\xB8\xAD"), out, &n);
+  EXPECT_EQ(n, 2u);
+  EXPECT_EQ(std::string(reinterpret_cast<char*>(out), 2), "\xD6\xD0");
+  unsigned char utf8[3];
+  gb2312_2_utf8(reinterpret_cast<const unsigned char*>("\x81\x40"), utf8, &n, 0);
   EXPECT_EQ(n, 0u);
-}
-
-TEST(CharacterConversion, CutCharacterAtTheEndStops) {
-  char text[200];
-  str_utf8_2_gb2312("ab\xE4\xB8", text);
-  EXPECT_STREQ(text, "ab");
-  str_gb2312_2_utf8("ab\xD6", text, 0);
-  EXPECT_STREQ(text, "ab");
 }
 
 TEST(CharacterConversion, OutputLimits) {
@@ -153,16 +143,6 @@ TEST(CharacterConversion, OutputLimits) {
   EXPECT_EQ(strlen(out), 198u);  // 66 characters
   str_gb2312_2_utf8(("ab" + gb).c_str(), out, 0);
   EXPECT_EQ(strlen(out), 197u);  // 2 + 65 characters: 197 is not below 197
-}
-
-TEST(CharacterConversion, NullArguments) {
-  char out[200] = "unchanged";
-  str_utf8_2_gb2312(nullptr, out);
-  EXPECT_STREQ(out, "");
-  str_gb2312_2_utf8(nullptr, out, 0);
-  EXPECT_STREQ(out, "");
-  str_utf8_2_gb2312("x", nullptr);  // does nothing
-  str_gb2312_2_utf8("x", nullptr, 1);
 }
 
 TEST(XmlEscape, AllFiveCharactersAndOthersUntouched) {

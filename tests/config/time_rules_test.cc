@@ -29,6 +29,23 @@ WorkDayList OneSpan(int day, int sh, int sm, int ss, int eh, int em, int es) {
   return list;
 }
 
+// "day: h:m:s-h:m:s ...; " for every entry of the list, within its arrays.
+std::string Spans(const WorkDayList& list) {
+  std::string text;
+  char span[64];
+  for (int d = 0; d < list.Count && d < QV_MAX_WORKDAYS; ++d) {
+    text += std::to_string(list.Entry[d].Day) + ":";
+    for (int i = 0; i < list.Entry[d].SpanCount && i < QV_MAX_WORKDAY_SPANS; ++i) {
+      const WorkTimeSpan& t = list.Entry[d].Span[i];
+      snprintf(span, sizeof(span), " %d:%02d:%02d-%d:%02d:%02d", t.StartHour, t.StartMinute,
+               t.StartSecond, t.EndHour, t.EndMinute, t.EndSecond);
+      text += span;
+    }
+    text += "; ";
+  }
+  return text;
+}
+
 TEST(HourMasks, AllZeroBecomesFullDays) {
   TimeSpanCfg cfg;
   ASSERT_EQ(getTimeSpanByXml(&cfg, "<TimeSpanCfg day0=\"0\" day1=\"0\" day2=\"0\" day3=\"0\" "
@@ -78,18 +95,8 @@ TEST(WorkDaysToMasks, TheWayBackToSpans) {
   WorkDayList list;
   std::string printed = CapturedStdout([&] { TransTimeSpan2Old(&cfg, &list); });
   EXPECT_NE(printed.find("]workday 0: 0, bAllSet=0\n"), std::string::npos) << printed;
-  ASSERT_EQ(list.Count, 3);
-  EXPECT_EQ(list.Entry[0].Day, 1);
-  ASSERT_EQ(list.Entry[0].SpanCount, 2);
-  EXPECT_EQ(list.Entry[0].Span[0].StartHour, 8);
-  EXPECT_EQ(list.Entry[0].Span[0].EndHour, 9);
-  EXPECT_EQ(list.Entry[0].Span[0].EndMinute, 59);
-  EXPECT_EQ(list.Entry[0].Span[1].StartHour, 20);
-  EXPECT_EQ(list.Entry[0].Span[1].EndHour, 20);
-  EXPECT_EQ(list.Entry[1].Day, 2);
-  ASSERT_EQ(list.Entry[1].SpanCount, 1);
-  EXPECT_EQ(list.Entry[1].Span[0].EndHour, 23);
-  EXPECT_EQ(list.Entry[2].Day, 6);
+  EXPECT_EQ(Spans(list), "1: 8:00:00-9:59:59 20:00:00-20:59:59; 2: 0:00:00-23:59:59; "
+                         "6: 23:00:00-23:59:59; ");
   // And forward again: the same masks.
   TimeSpanCfg again;
   TransTimeSpan2New(&list, &again);
@@ -98,10 +105,7 @@ TEST(WorkDaysToMasks, TheWayBackToSpans) {
   TimeSpanCfg full;
   SetAllTimeSpan(&full);
   TransTimeSpan2Old(&full, &list);
-  ASSERT_EQ(list.Count, 1);
-  EXPECT_EQ(list.Entry[0].Day, 7);
-  EXPECT_EQ(list.Entry[0].Span[0].EndHour, 23);
-  EXPECT_EQ(list.Entry[0].Span[0].EndMinute, 59);
+  EXPECT_EQ(Spans(list), "7: 0:00:00-23:59:59; ");
 }
 
 TEST(WorkDayReader, DaysSpansAndBadTimes) {
@@ -117,18 +121,9 @@ TEST(WorkDayReader, DaysSpansAndBadTimes) {
   });
   EXPECT_NE(printed.find("]time string length is invalid\n"), std::string::npos);
   EXPECT_NE(printed.find("]time string is null\n"), std::string::npos);
-  ASSERT_EQ(list.Count, 2);
-  EXPECT_EQ(list.Entry[0].Day, 1);
-  ASSERT_EQ(list.Entry[0].SpanCount, 1);
-  EXPECT_EQ(list.Entry[0].Span[0].StartHour, 8);
-  EXPECT_EQ(list.Entry[0].Span[0].StartMinute, 30);
-  EXPECT_EQ(list.Entry[0].Span[0].EndMinute, 15);
-  EXPECT_EQ(list.Entry[1].SpanCount, 0);
-
+  EXPECT_EQ(Spans(list), "1: 8:30:00-17:15:00; 3:; ");  // only the first span is whole
   ASSERT_EQ(getWorkDayListByXml(&list, "<TimeSpanCfg/>"), 0);
-  ASSERT_EQ(list.Count, 1);
-  EXPECT_EQ(list.Entry[0].Day, 7);
-  EXPECT_EQ(list.Entry[0].Span[0].EndSecond, 59);
+  EXPECT_EQ(Spans(list), "7: 0:00:00-23:59:59; ");
 
   // Extra days and spans beyond the arrays are ignored.
   std::string many = "<TimeSpanCfg>";
@@ -166,37 +161,26 @@ class TimeScope : public testing::Test {
     tzset();
   }
   // Wednesday 2024-03-06 at the given time.
-  static struct tm At(int h, int m, int s) {
-    struct tm t;
-    memset(&t, 0, sizeof(t));
-    t.tm_year = 124;
-    t.tm_mon = 2;
-    t.tm_mday = 6;
-    t.tm_wday = 3;
-    t.tm_hour = h;
-    t.tm_min = m;
-    t.tm_sec = s;
-    return t;
-  }
+  static struct tm At(int h, int m, int s) { return tm{s, m, h, 6, 2, 124, 3, 0, 0, 0, nullptr}; }
   bool had_tz_ = false;
   std::string old_tz_;
 };
 
 TEST_F(TimeScope, StrictlyInsideASpan) {
   WorkDayList list = OneSpan(3, 8, 30, 0, 17, 0, 0);
-  struct tm t = At(8, 30, 0);
-  EXPECT_EQ(IsInTimeScope(&list, &t), 0);  // the first second is outside
-  t = At(8, 30, 1);
-  EXPECT_EQ(IsInTimeScope(&list, &t), 1);
-  t = At(16, 59, 59);
-  EXPECT_EQ(IsInTimeScope(&list, &t), 1);
-  t = At(17, 0, 0);
-  EXPECT_EQ(IsInTimeScope(&list, &t), 0);
-  list.Entry[0].Day = 2;  // another weekday
-  t = At(12, 0, 0);
-  EXPECT_EQ(IsInTimeScope(&list, &t), 0);
-  list.Entry[0].Day = 7;  // every day
-  EXPECT_EQ(IsInTimeScope(&list, &t), 1);
+  const struct {
+    int day, h, m, s, in;
+  } cases[] = {
+      {3, 8, 30, 0, 0},  // the first second is outside
+      {3, 8, 30, 1, 1}, {3, 16, 59, 59, 1}, {3, 17, 0, 0, 0},
+      {2, 12, 0, 0, 0},  // another weekday
+      {7, 12, 0, 0, 1},  // every day
+  };
+  for (const auto& c : cases) {
+    list.Entry[0].Day = c.day;
+    struct tm t = At(c.h, c.m, c.s);
+    EXPECT_EQ(IsInTimeScope(&list, &t), c.in) << c.day << " " << c.h << ":" << c.m << ":" << c.s;
+  }
 }
 
 TEST_F(TimeScope, TheEntryPastTheCountIsLookedAt) {
@@ -230,41 +214,34 @@ TEST_F(TimeZoneTable, OffsetsAndSummerTimeRules) {
 
   EXPECT_STREQ(z[0]->name, "GMT-12:00 (International Date Line West)");
   EXPECT_STREQ(z[0]->rule, "UTC+12");
-  EXPECT_EQ(z[0]->offset, 0);
-  EXPECT_EQ(z[0]->start_month, 0);  // no ",M" parts: fields stay zero
-  EXPECT_EQ(z[0]->end_month, 0);
-
-  EXPECT_EQ(z[1]->offset, 510);  // GMT-03:30
-  EXPECT_EQ(z[1]->start_month, 3);
-  EXPECT_EQ(z[1]->start_week, 2);
-  EXPECT_EQ(z[1]->start_weekday, 0);
-  EXPECT_EQ(z[1]->start_hour, 0);  // no "/hour": 0
-  EXPECT_EQ(z[1]->end_month, 11);
-  EXPECT_EQ(z[1]->end_week, 1);
-
-  EXPECT_EQ(z[2]->offset, 13 * 60);
-  EXPECT_EQ(z[2]->start_month, 3);
-  EXPECT_EQ(z[2]->start_week, 5);
-  EXPECT_EQ(z[2]->start_hour, 2);
-  EXPECT_EQ(z[2]->end_month, 10);
-  EXPECT_EQ(z[2]->end_hour, 3);
-
-  EXPECT_EQ(z[3]->offset, 20 * 60);  // "GMT+08" without minutes
-  EXPECT_EQ(z[4]->offset, -1);       // no parenthesis: not parsed
+  // Offset; start month, week, weekday, hour; end month, week, weekday, hour.
+  const int expected[5][9] = {
+      {0, 0, 0, 0, 0, 0, 0, 0, 0},          // no ",M" parts: fields stay zero
+      {510, 3, 2, 0, 0, 11, 1, 0, 0},       // GMT-03:30; no "/hour": 0
+      {13 * 60, 3, 5, 0, 2, 10, 5, 0, 3},
+      {20 * 60, 0, 0, 0, 0, 0, 0, 0, 0},    // "GMT+08" without minutes
+      {-1, 0, 0, 0, 0, 0, 0, 0, 0},         // no parenthesis: not parsed
+  };
+  for (int i = 0; i < 5; ++i) {
+    const DstConfig& r = *z[i];
+    const int got[9] = {r.offset,    r.start_month, r.start_week, r.start_weekday, r.start_hour,
+                        r.end_month, r.end_week,    r.end_weekday, r.end_hour};
+    for (int k = 0; k < 9; ++k) EXPECT_EQ(got[k], expected[i][k]) << "zone " << i << " field " << k;
+  }
   FreeSummerTimeList(head);
 }
 
 TEST_F(TimeZoneTable, MissingBadAndForeignFiles) {
-  TempDir dir;
-  SetTimeZoneTablePath(dir.Path("none.xml").c_str());
+  ScratchDir dir;
+  SetTimeZoneTablePath((dir / "none.xml").c_str());
   std::string printed = CapturedStdout([&] { EXPECT_EQ(ReadSummerTimeListFromXML(), nullptr); });
   EXPECT_NE(printed.find("open file failed."), std::string::npos);
-  WriteFileBytes(dir.Path("bad.xml"), "<tz><item>");
-  SetTimeZoneTablePath(dir.Path("bad.xml").c_str());
+  WriteFile(dir / "bad.xml", "<tz><item>");
+  SetTimeZoneTablePath((dir / "bad.xml").c_str());
   printed = CapturedStdout([&] { EXPECT_EQ(ReadSummerTimeListFromXML(), nullptr); });
   EXPECT_NE(printed.find("parse file failed."), std::string::npos);
-  WriteFileBytes(dir.Path("other.xml"), "<zones/>");
-  SetTimeZoneTablePath(dir.Path("other.xml").c_str());
+  WriteFile(dir / "other.xml", "<zones/>");
+  SetTimeZoneTablePath((dir / "other.xml").c_str());
   printed = CapturedStdout([&] { EXPECT_EQ(ReadSummerTimeListFromXML(), nullptr); });
   EXPECT_NE(printed.find("xmlDocument_getElementsByTagName(tz) return NULL!"), std::string::npos);
   EXPECT_EQ(SetTimeZoneTablePath(std::string(300, 'p').c_str()), -1);
@@ -272,15 +249,15 @@ TEST_F(TimeZoneTable, MissingBadAndForeignFiles) {
 }
 
 TEST_F(TimeZoneTable, HostileEntries) {
-  TempDir dir;
+  ScratchDir dir;
   std::string doc = "<tz>";
   doc += "<item value=\"" + std::string(500, 'r') + ",M99999.1.2/300,M1\">GMT+" +
          std::string(400, '9') + "(x)</item>";
   doc += "<item value=\",M,M\">GMT-99:99 (odd)</item>";
   for (int i = 0; i < 5000; ++i) doc += "<item value=\"v\">GMT+01:00 (many)</item>";
   doc += "</tz>";
-  WriteFileBytes(dir.Path("tz.xml"), doc);
-  SetTimeZoneTablePath(dir.Path("tz.xml").c_str());
+  WriteFile(dir / "tz.xml", doc);
+  SetTimeZoneTablePath((dir / "tz.xml").c_str());
   DstConfig* head = ReadSummerTimeListFromXML();
   ASSERT_NE(head, nullptr);
   size_t n = 0;

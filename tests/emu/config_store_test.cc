@@ -27,42 +27,33 @@ TEST(ConfigStoreTest, SectionsWithTheSameNameAreToldApartByPath) {
   EXPECT_NE(audio.find("EncodeType=\"G711A\""), std::string::npos);
 }
 
-TEST(ConfigStoreTest, UnknownCodesAndWrongDirectionAreRefused) {
+TEST(ConfigStoreTest, RefusalsLeaveTheDocumentAsItWas) {
   ConfigStore store;
+  std::string before = store.Text();
   std::string xml;
   EXPECT_FALSE(store.GetSection(999, &xml));
   EXPECT_FALSE(store.GetSection(325, &xml));  // a set code
   EXPECT_FALSE(store.SetSection(305, "<LANConfig DHCP=\"1\"/>"));  // a get code
+  EXPECT_FALSE(store.SetSection(325, "<WIFIConfig Enable=\"1\"/>"));  // another element
+  EXPECT_FALSE(store.SetSection(325, "<LANConfig DHCP=\"1\""));
+  EXPECT_FALSE(store.SetSection(325, ""));
+  EXPECT_EQ(store.Text(), before);
 }
 
-TEST(ConfigStoreTest, SetReplacesTheSectionAndGetReturnsIt) {
+TEST(ConfigStoreTest, SetReplacesOrAddsTheSectionAndGetReturnsIt) {
   ConfigStore store;
   // As the library's writer sends it: one line, a trailing blank.
   ASSERT_TRUE(store.SetSection(325, "<LANConfig DHCP=\"1\" IPAddress=\"10.0.0.7\" MTU=\"1500\" /> "));
   std::string xml;
   ASSERT_TRUE(store.GetSection(305, &xml));
   EXPECT_EQ(xml, "<LANConfig DHCP=\"1\" IPAddress=\"10.0.0.7\" MTU=\"1500\" />");
-  // Its siblings stay.
-  ASSERT_TRUE(store.GetSection(312, &xml));
+  ASSERT_TRUE(store.GetSection(312, &xml));  // its siblings stay
   EXPECT_EQ(xml, "<UPNPConfig Enable=\"1\" />");
-}
 
-TEST(ConfigStoreTest, SetRefusesAnotherElementOrBrokenXmlAndKeepsTheDocument) {
-  ConfigStore store;
-  std::string before = store.Text();
-  EXPECT_FALSE(store.SetSection(325, "<WIFIConfig Enable=\"1\"/>"));
-  EXPECT_FALSE(store.SetSection(325, "<LANConfig DHCP=\"1\""));
-  EXPECT_FALSE(store.SetSection(325, ""));
-  EXPECT_EQ(store.Text(), before);
-}
-
-TEST(ConfigStoreTest, SetAddsASectionTheDocumentLacks) {
-  ConfigStore store;
   ASSERT_TRUE(store.SetSection(828, "<VideoGate><Line1 fromx=\"1\"/></VideoGate>"));
   EXPECT_NE(store.Text().find("<Line1 fromx=\"1\" />"), std::string::npos);
   ASSERT_TRUE(store.Load("<IPCConfig/>"));
   ASSERT_TRUE(store.SetSection(822, "<MotionDetectAlarm Enable=\"1\"/>"));
-  std::string xml;
   ASSERT_TRUE(store.GetSection(802, &xml));
   EXPECT_EQ(xml, "<MotionDetectAlarm Enable=\"1\" />");
 }

@@ -77,18 +77,7 @@ TEST(SystemRepliesTest, DatesDistributionListsRecordedDaysNewestFirst) {
 }
 
 TEST(SystemRepliesTest, AlarmBodyHoldsOneItemPerAlarmWithEscapedData) {
-  AlarmSpec a;
-  a.year = 2024;
-  a.month = 3;
-  a.day = 5;
-  a.wday = 2;
-  a.hour = 7;
-  a.minute = 8;
-  a.second = 9;
-  a.code = 23;
-  a.flag = 1;
-  a.level = 2;
-  a.data = "/snap/\"1\".jpg";
+  AlarmSpec a = {2024, 3, 5, 2, 7, 8, 9, 23, 1, 2, "/snap/\"1\".jpg"};
   EXPECT_EQ(AlarmBody({a}),
             "<ALARM_REPORT_PARAM>\n<ALARM_ITEM>\n"
             "<ALARM_TIME Year=\"2024\" Month=\"3\" Day=\"5\" WDay=\"2\" Hour=\"7\" Minute=\"8\" "

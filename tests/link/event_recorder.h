@@ -21,7 +21,6 @@ struct StatusEvent {
   long code;
   std::string text;   // empty for alarms
   ALARM_ENTRY alarm;  // filled for code 23
-  unsigned long tick;
 };
 
 struct AuxEvent {
@@ -48,10 +47,6 @@ class EventRecorder {
     std::lock_guard<std::mutex> lock(mu_);
     return status_;
   }
-  std::vector<AuxEvent> Aux() const {
-    std::lock_guard<std::mutex> lock(mu_);
-    return aux_;
-  }
   // Status events of one session, codes only, in order.
   std::vector<long> Codes(long id) const {
     std::vector<long> codes;
@@ -60,6 +55,17 @@ class EventRecorder {
     }
     return codes;
   }
+  // The first status event `code` of session id (code -1 when there is none).
+  StatusEvent First(long id, long code) const {
+    for (const StatusEvent& e : Status()) {
+      if (e.id == id && e.code == code) return e;
+    }
+    return StatusEvent{id, -1, "", ALARM_ENTRY()};
+  }
+  int Count(long id, long code) const {
+    std::lock_guard<std::mutex> lock(mu_);
+    return CountLocked(id, code);
+  }
 
   void Clear() {
     std::lock_guard<std::mutex> lock(mu_);
@@ -67,57 +73,31 @@ class EventRecorder {
     aux_.clear();
   }
 
-  // Waits until pred() holds (checked under the recorder's lock after every
-  // event) or timeout_ms passes; pred's last answer.
-  bool Wait(const std::function<bool()>& pred, int timeout_ms) {
-    std::unique_lock<std::mutex> lock(mu_);
-    return cv_.wait_for(lock, std::chrono::milliseconds(timeout_ms), pred);
-  }
-
   // Waits for the count-th status event `code` of session id.
   bool WaitStatus(long id, long code, int timeout_ms, int count = 1) {
-    return Wait([&] { return CountLocked(id, code) >= count; }, timeout_ms);
+    std::unique_lock<std::mutex> lock(mu_);
+    return cv_.wait_for(lock, std::chrono::milliseconds(timeout_ms),
+                        [&] { return CountLocked(id, code) >= count; });
   }
 
-  // The first status event `code` of session id (nullptr-like: code -1).
-  StatusEvent First(long id, long code) const {
-    for (const StatusEvent& e : Status()) {
-      if (e.id == id && e.code == code) return e;
-    }
-    return StatusEvent{id, -1, "", ALARM_ENTRY(), 0};
-  }
-
+  // Waits for an AUX response `code` of session id; the first one in *out.
   bool WaitAux(long id, long code, int timeout_ms, AuxEvent* out = nullptr) {
-    bool ok = Wait(
-        [&] {
-          for (const AuxEvent& e : aux_) {
-            if (e.id == id && e.code == code) return true;
-          }
-          return false;
-        },
-        timeout_ms);
-    if (ok && out != nullptr) {
-      for (const AuxEvent& e : Aux()) {
-        if (e.id == id && e.code == code) {
-          *out = e;
-          break;
-        }
+    std::unique_lock<std::mutex> lock(mu_);
+    const AuxEvent* found = nullptr;
+    cv_.wait_for(lock, std::chrono::milliseconds(timeout_ms), [&] {
+      for (const AuxEvent& e : aux_) {
+        if (e.id == id && e.code == code) return (found = &e) != nullptr;
       }
-    }
-    return ok;
-  }
-
-  int Count(long id, long code) const {
-    std::lock_guard<std::mutex> lock(mu_);
-    return CountLocked(id, code);
+      return false;
+    });
+    if (found != nullptr && out != nullptr) *out = *found;
+    return found != nullptr;
   }
 
  private:
   int CountLocked(long id, long code) const {
     int n = 0;
-    for (const StatusEvent& e : status_) {
-      if (e.id == id && e.code == code) ++n;
-    }
+    for (const StatusEvent& e : status_) n += e.id == id && e.code == code ? 1 : 0;
     return n;
   }
 
@@ -129,7 +109,7 @@ class EventRecorder {
       hook = self->hook_;
     }
     if (hook) hook(id, code);
-    StatusEvent e{id, code, "", ALARM_ENTRY(), GetTickCount()};
+    StatusEvent e{id, code, "", ALARM_ENTRY()};
     if (code == EVENT_PTZALARM) {
       memcpy(&e.alarm, data, sizeof(ALARM_ENTRY));
     } else if (data != nullptr) {

@@ -10,22 +10,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <fstream>
 
 namespace {
-
-void RemoveTree(const std::string& path) {
-  DIR* dir = opendir(path.c_str());
-  if (dir != nullptr) {
-    while (struct dirent* e = readdir(dir)) {
-      if (strcmp(e->d_name, ".") == 0 || strcmp(e->d_name, "..") == 0) continue;
-      RemoveTree(path + "/" + e->d_name);
-    }
-    closedir(dir);
-    rmdir(path.c_str());
-  } else {
-    unlink(path.c_str());
-  }
-}
 
 void Collect(const std::string& dir, std::vector<std::string>* out) {
   DIR* d = opendir(dir.c_str());
@@ -45,18 +32,6 @@ void Collect(const std::string& dir, std::vector<std::string>* out) {
 }
 
 }  // namespace
-
-TempDir::TempDir() {
-  char templ[] = "./rec_test_XXXXXX";
-  char* made = mkdtemp(templ);
-  char* real = made != nullptr ? realpath(made, nullptr) : nullptr;
-  path_ = real != nullptr ? real : "";
-  free(real);
-}
-
-TempDir::~TempDir() {
-  if (!path_.empty()) RemoveTree(path_);
-}
 
 int EventLog::OnRecordEvent(int event, const char* text) {
   std::lock_guard<std::mutex> guard(mutex_);
@@ -155,21 +130,15 @@ RecordedFile ReadRecording(const std::string& path) {
 }
 
 std::vector<uint8_t> ReadFileBytes(const std::string& path) {
-  std::vector<uint8_t> out;
-  FILE* f = fopen(path.c_str(), "rb");
-  if (f == nullptr) return out;
-  uint8_t buf[65536];
-  size_t n;
-  while ((n = fread(buf, 1, sizeof(buf), f)) > 0) out.insert(out.end(), buf, buf + n);
-  fclose(f);
-  return out;
+  std::string bytes = testsupport::ReadFile(path);
+  return std::vector<uint8_t>(bytes.begin(), bytes.end());
 }
 
 bool WriteFileBytes(const std::string& path, const std::vector<uint8_t>& bytes) {
-  FILE* f = fopen(path.c_str(), "wb");
-  if (f == nullptr) return false;
-  bool ok = bytes.empty() || fwrite(bytes.data(), 1, bytes.size(), f) == bytes.size();
-  return fclose(f) == 0 && ok;
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  out.close();
+  return !out.fail();
 }
 
 bool FileExists(const std::string& path) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <functional>
 #include <cstdint>
 #include <mutex>
 #include <string>
@@ -9,18 +10,13 @@
 #include <vector>
 
 #include "stream/frame_action.h"
+#include "support/scratch.h"
 
-// A fresh folder under the test's working directory, removed at the end.
-class TempDir {
- public:
-  TempDir();
-  ~TempDir();
-  const std::string& path() const { return path_; }
-  std::string operator/(const std::string& name) const { return path_ + "/" + name; }
-
- private:
-  std::string path_;
-};
+// A fresh folder, removed at the end; waiting on a condition with a deadline.
+using TempDir = testsupport::ScratchDir;
+inline bool WaitUntil(const std::function<bool()>& cond, int timeout_ms = 20000) {
+  return testsupport::WaitFor(cond, timeout_ms);
+}
 
 // Collects record events; waits for them with a deadline.
 class EventLog : public CGetFrameActionClass {
@@ -39,10 +35,6 @@ class EventLog : public CGetFrameActionClass {
   std::condition_variable changed_;
   std::vector<std::pair<int, std::string>> events_;
 };
-
-// Waits up to timeout_ms for cond() to hold, polling every millisecond.
-template <typename Cond>
-bool WaitUntil(Cond cond, int timeout_ms = 20000);
 
 // A recording read back chunk by chunk, independently of the library's
 // reader.
@@ -74,13 +66,3 @@ std::vector<std::string> ListFiles(const std::string& dir);
 // 64-bit little-endian word and four-character code at an offset.
 uint64_t WordAt(const std::vector<uint8_t>& b, size_t at);
 std::string CodeAt(const std::vector<uint8_t>& b, size_t at);
-
-template <typename Cond>
-bool WaitUntil(Cond cond, int timeout_ms) {
-  for (int waited = 0; waited < timeout_ms; ++waited) {
-    if (cond()) return true;
-    struct timespec ts = {0, 1000000};
-    nanosleep(&ts, nullptr);
-  }
-  return cond();
-}

@@ -7,6 +7,7 @@
 
 #include "base/compat.h"
 #include "base/time_scale.h"
+#include "media_helper.h"
 #include "record_helper.h"
 #include "stream/disk_space.h"
 #include "stream/record_task.h"
@@ -22,16 +23,16 @@ __STREAM_AV_PARAM VideoParams() {
   return p;
 }
 
-class RecordSplitTest : public ::testing::Test {
+// Idle polls of 1 ms; the test clock is separate.
+class RecordSplitTest : public RecordingTest {
  protected:
   void SetUp() override {
-    ASSERT_FALSE(dir_.path().empty());
+    RecordingTest::SetUp();
     SetDiskFreeCommand("echo 99999999 #%s");
-    SetTimerScale(0.02);  // idle polls of 1 ms; the test clock is separate
   }
   void TearDown() override {
     SetDiskFreeCommand(nullptr);
-    SetTimerScale(1.0);
+    RecordingTest::TearDown();
   }
 
   // Records with frames every step_ms of test time (a key frame every
@@ -67,37 +68,34 @@ class RecordSplitTest : public ::testing::Test {
     }
     return counts;
   }
-
-  TempDir dir_;
 };
 
-TEST_F(RecordSplitTest, DurationWithinOneTenthOverTheFileLengthMakesOneFile) {
-  // 330 <= 300 * 11 / 10: one file of 330 s, ended by the key frame after it.
-  EXPECT_EQ(Run(300, 330, 500, 1), (std::vector<int>{661}));
-}
-
-TEST_F(RecordSplitTest, DurationBeyondOneTenthSplitsAtTheNextKeyFrame) {
-  // 331 s: a 300 s file (frames 0 .. 300.0 s) and then a 31 s file.
-  EXPECT_EQ(Run(300, 331, 500, 1), (std::vector<int>{601, 63}));
-}
-
-TEST_F(RecordSplitTest, SplitWaitsForAKeyFrame) {
-  // Key frames every 4 s: the first file runs on to 304 s.
-  std::vector<int> counts = Run(300, 400, 1000, 4);
-  ASSERT_EQ(counts.size(), 2u);
-  EXPECT_EQ(counts[0], 304);
-}
-
-TEST_F(RecordSplitTest, ShortFilesAreRaisedToTenSeconds) {
-  // 5 s asked: the file lasts 10 s (frames 0 .. 10 s).
-  EXPECT_EQ(Run(300, 5, 1000, 1), (std::vector<int>{11}));
-  // A 5 s maximum per file gives 10 s files: 30 s left, then 19, then 8.
-  EXPECT_EQ(Run(5, 30, 1000, 1), (std::vector<int>{11, 11, 11}));
-}
-
-TEST_F(RecordSplitTest, LongFilesAreCutToAnHour) {
-  // 4,000 s in one file is asked; 3,600 s is the most a file holds.
-  EXPECT_EQ(Run(4000, 4000, 10000, 1), (std::vector<int>{361, 40}));
+// Frames counted per file, with one frame at time 0 of each file.
+TEST_F(RecordSplitTest, FileLengthsOnTheTestClock) {
+  const struct {
+    const char* what;
+    int max_file_seconds, duration_seconds, step_ms, key_every;
+    std::vector<int> frames;
+  } cases[] = {
+      // 330 <= 300 * 11 / 10: one file of 330 s, ended by the key frame after it.
+      {"within a tenth over", 300, 330, 500, 1, {661}},
+      // 331 s: a 300 s file (frames 0 .. 300.0 s) and then a 31 s file.
+      {"beyond a tenth", 300, 331, 500, 1, {601, 63}},
+      // Key frames every 4 s: the first file runs on to 304 s, the last to 404 s.
+      {"split waits for a key frame", 300, 400, 1000, 4, {304, 100}},
+      // 5 s asked: the file lasts 10 s (frames 0 .. 10 s).
+      {"raised to ten seconds", 300, 5, 1000, 1, {11}},
+      // A 5 s maximum per file gives 10 s files: 30 s left, then 19, then 8.
+      {"ten-second files", 5, 30, 1000, 1, {11, 11, 11}},
+      // 4,000 s in one file is asked; 3,600 s is the most a file holds.
+      {"cut to an hour", 4000, 4000, 10000, 1, {361, 40}},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(Run(c.max_file_seconds, c.duration_seconds, c.step_ms, c.key_every), c.frames)
+        << c.what;
+  }
+  // The rule alone, where the product of the eleven tenths would overflow.
+  EXPECT_EQ(CRecordTask::FileLengthSeconds(100000, 2147483647), 3600);
 }
 
 TEST_F(RecordSplitTest, ScaledMonotonicClockSplitsTheSameWay) {
@@ -120,14 +118,6 @@ TEST_F(RecordSplitTest, ScaledMonotonicClockSplitsTheSameWay) {
     task.Stop();
     EXPECT_EQ(task.FinishedFiles().size(), duration == 22 ? 1u : 2u) << duration;
   }
-}
-
-TEST(RecordFileLength, RuleAndClamp) {
-  EXPECT_EQ(CRecordTask::FileLengthSeconds(330, 300), 330);
-  EXPECT_EQ(CRecordTask::FileLengthSeconds(331, 300), 300);
-  EXPECT_EQ(CRecordTask::FileLengthSeconds(5, 300), 10);
-  EXPECT_EQ(CRecordTask::FileLengthSeconds(4000, 4000), 3600);
-  EXPECT_EQ(CRecordTask::FileLengthSeconds(100000, 2147483647), 3600);
 }
 
 }  // namespace

@@ -11,24 +11,14 @@
 #include <regex>
 
 #include "base/time_scale.h"
+#include "media_helper.h"
 #include "record_helper.h"
 #include "stream/disk_space.h"
 
 namespace {
 
 __STREAM_AV_PARAM Params(const char* video, const char* audio, int w = 1280, int h = 720) {
-  __STREAM_AV_PARAM p;
-  memset(&p, 0, sizeof(p));
-  strcpy(p.video.codec, video);
-  p.video.width = w;
-  p.video.height = h;
-  p.video.frame_rate = 25;
-  p.video.bit_rate = 2000000;
-  strcpy(p.audio.codec, audio);
-  p.audio.sample_rate = 8000;
-  p.audio.bits_per_sample = 8;
-  p.audio.channels = 1;
-  return p;
+  return AvParams(video, w, h, audio, 8000);
 }
 
 // A frame whose bytes say which one it is: first byte = kind, then the
@@ -80,19 +70,16 @@ void ExpectConsistent(const RecordedFile& f) {
   }
 }
 
-class RecordTaskTest : public ::testing::Test {
+class RecordTaskTest : public RecordingTest {
  protected:
   void SetUp() override {
-    ASSERT_FALSE(dir_.path().empty());
+    RecordingTest::SetUp();
     SetDiskFreeCommand("echo 2097152 #%s");
-    SetTimerScale(0.02);  // idle polls of 1 ms
   }
   void TearDown() override {
     SetDiskFreeCommand(nullptr);
-    SetTimerScale(1.0);
+    RecordingTest::TearDown();
   }
-
-  TempDir dir_;
   EventLog events_;
 };
 

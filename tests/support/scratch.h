@@ -1,6 +1,9 @@
 // Small helpers shared by test folders: a scratch directory, file reading,
-// waiting on a condition with a deadline, and a loopback UDP receiver.
+// waiting on a condition with a deadline, captured standard output and a
+// loopback UDP receiver.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <arpa/inet.h>
 #include <dirent.h>
@@ -79,14 +82,22 @@ inline void WriteFile(const std::string& path, const std::string& text) {
   out << text;
 }
 
-// Polls cond every few milliseconds until it holds or the deadline passes.
+// Polls cond every millisecond until it holds or the deadline passes.
 inline bool WaitFor(const std::function<bool()>& cond, int timeout_ms = 10000) {
   auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
   while (!cond()) {
-    if (std::chrono::steady_clock::now() > deadline) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    if (std::chrono::steady_clock::now() > deadline) return cond();
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   return true;
+}
+
+// Runs fn and returns what it printed to standard output.
+template <typename Fn>
+std::string CapturedStdout(Fn fn) {
+  testing::internal::CaptureStdout();
+  fn();
+  return testing::internal::GetCapturedStdout();
 }
 
 // A UDP socket bound to 127.0.0.1 on a free port.
