@@ -2,8 +2,10 @@
 // callback, the parameter blocks and the statistics file.
 #include <string>
 
+#include "api/ptz_object_list.h"
 #include "base/compat.h"
 #include "base/debug_log.h"
+#include "link/ptz_control_class.h"
 #include "quorvel/quorvel.h"
 #include "quorvel/stream.h"
 #include "stream/rtsp_object_list.h"
@@ -32,6 +34,37 @@ QV_API long IP_NET_DVR_RealPlayEx(const char* address, const char* user, const c
   long handle = OjbectRtspList.Add(url.c_str(), user, password, info->link_mode,
                                    info->stream_index, callback, info->user_data);
   QV_LOG("[%s:%d]%s(%s) end,use tick=%d...", __FUNCTION__, address,
+         static_cast<int>(GetTickCount() - start));
+  return handle;
+}
+
+QV_API long IP_NET_DVR_RealPlay(long user_id, int, QV_RealDataCallBack callback, ClientInfo* info,
+                                int) {
+  QV_LOG("[%s:%d]%s(%d) start...", __FUNCTION__, static_cast<int>(user_id));
+  unsigned long start = GetTickCount();
+  CPTZControlClass* session = ObjectPtzList.FindObjectByID(user_id, 0);
+  if (session == nullptr) {
+    QV_LOG("[%s:%d]not find user login data %d", static_cast<int>(user_id));
+    return QV_E_REALPLAY_ARG;
+  }
+  std::string host = session->Host();
+  std::string user = session->UserName();
+  std::string password = session->Password();
+  ObjectPtzList.ReleaseObjLock();
+  if (info == nullptr) {
+    QV_LOG("[%s:%d]pUser is null error");
+    return QV_E_REALPLAY_ARG;
+  }
+  if (callback == nullptr) {
+    QV_LOG("[%s:%d]callback function not allow empty error");
+    return QV_E_REALPLAY_ARG;
+  }
+  std::string path = StreamPathFor(info->codec_family, info->stream_index);
+  std::string url = BuildStreamAddress(host.c_str(), info->port, path, false);
+  QV_LOG("[%s:%d]%s", url.c_str());
+  long handle = OjbectRtspList.Add(url.c_str(), user.c_str(), password.c_str(), info->link_mode,
+                                   info->stream_index, callback, info->user_data);
+  QV_LOG("[%s:%d]%s(%d) end,use tick=%d...", __FUNCTION__, static_cast<int>(user_id),
          static_cast<int>(GetTickCount() - start));
   return handle;
 }
