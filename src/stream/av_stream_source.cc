@@ -98,9 +98,14 @@ int CAvStreamSource::Open(const std::string& url) {
   int ret = avformat_open_input(&ctx_, url.c_str(), nullptr, &options);
   av_dict_free(&options);
   if (ret < 0) return ret;  // the context is freed on failure
-  // The camera answered: from now on the watchdog expects frames.
-  if (pull_->LastDataTick() == 0) pull_->SetLastDataTick(GetTickCount());
+  // Learning the stream reads its first frames (up to a second of them, or
+  // until the I/O time-out when nothing comes), however long a busy machine
+  // takes for it.
   ret = avformat_find_stream_info(ctx_, nullptr);
+  // The session is up: from now on the watchdog expects frames, also from a
+  // camera that never sends one.
+  if (pull_->LastDataTick() == 0) pull_->SetLastDataTick(GetTickCount());
+  if (ret < 0) QV_LOG("[%s:%d]no stream information from %s", pull_->Address().c_str());
   return ret < 0 ? ret : 0;
 }
 

@@ -130,13 +130,16 @@ TEST_F(RealPlayArgs, AutoReconnectAndReconnectForgetTheHandle) {
   handles_.clear();
   CPullClass* pull_a = OjbectRtspList.GetRtspObject(a, 0);
   CPullClass* pull_b = OjbectRtspList.GetRtspObject(b, 0);
-  EXPECT_EQ(OjbectRtspList.SetAutoReconnect(a, 1), 0);
-  EXPECT_EQ(OjbectRtspList.Reconnect(b), 0);
+  EXPECT_EQ(IP_NET_DVR_SetAutoReconnect(a, 1), 0);
+  EXPECT_EQ(IP_NET_DVR_Reconnect(b), 0);
   // The pulls keep running but their handles are gone.
   EXPECT_EQ(IP_NET_DVR_StopRealPlay(a), -8999989);
   EXPECT_EQ(IP_NET_DVR_StopRealPlay(b), -8999989);
   EXPECT_EQ(OjbectRtspList.SetAutoReconnect(a, 1), -8999989);
   EXPECT_EQ(OjbectRtspList.Reconnect(b), -8999989);
+  // The exported calls then ask the device sessions, which know no such ID.
+  EXPECT_EQ(IP_NET_DVR_SetAutoReconnect(a, 1), -9000002);
+  EXPECT_EQ(IP_NET_DVR_Reconnect(b), -9000002);
   EXPECT_TRUE(pull_a->IsRunning());
   delete pull_a;
   delete pull_b;

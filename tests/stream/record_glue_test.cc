@@ -12,6 +12,7 @@
 #include "frame_log_helper.h"
 #include "quorvel/quorvel.h"
 #include "record_helper.h"
+#include "stream/disk_space.h"
 #include "stream/pull_class.h"
 #include "stream/rtsp_object_list.h"
 
@@ -188,6 +189,40 @@ TEST_F(RecordLive, HostFedFramesAreRecordedFromTheFirstKeyFrame) {
   EXPECT_TRUE(StartsWithSps(rec));
   EXPECT_GT(rec.Count("01wb"), 0);
   EXPECT_LE(rec.Count("01wb"), fed_audio);
+}
+
+TEST(RecordFed, FramesBeyondTheRingsLimitAreLeftOutWithoutHarm) {
+  TempDir dir;
+  SetDiskFreeCommand("echo 99999999 #%s");
+  __STREAM_AV_PARAM param;
+  memset(&param, 0, sizeof(param));
+  snprintf(param.video.codec, sizeof(param.video.codec), "H264");
+  param.video.width = 320;
+  param.video.height = 240;
+  param.video.frame_rate = 25;
+  std::string file = dir / "big.avi";
+  long handle = IP_NET_DVR_StartRecordStream(&param, file.c_str(), 60, 0);
+  ASSERT_GT(handle, 0);
+  CPullClass* pull = OjbectRtspList.GetRtspObject(handle, 0);
+  // Sizes around the ring's cut: 514,048 bytes is the largest it keeps.
+  const int sizes[] = {1000, 514048, 514049, 2000000, 3000, 600000, 4000};
+  int kept = 0;
+  for (size_t i = 0; i < sizeof(sizes) / sizeof(sizes[0]); ++i) {
+    std::vector<unsigned char> frame(static_cast<size_t>(sizes[i]), 0x5A);
+    ASSERT_EQ(IP_NET_DVR_InputRecordStream(handle, QV_FRAME_VIDEO, frame.data(), sizes[i],
+                                           i == 0 ? 1 : 0, 40.0 * static_cast<double>(i)),
+              0);
+    kept += sizes[i] <= 514048 ? 1 : 0;
+    ASSERT_TRUE(WaitPending(pull, 0));
+  }
+  ASSERT_EQ(IP_NET_DVR_StopRecordStream(handle), 0);
+  SetDiskFreeCommand(nullptr);
+  RecordedFile rec = ReadRecording(file);
+  ASSERT_EQ(rec.error, "");
+  ASSERT_EQ(rec.Count("00dc"), kept);
+  EXPECT_EQ(rec.chunks[1].data.size(), 514048u);
+  EXPECT_EQ(rec.chunks[2].data.size(), 3000u);
+  EXPECT_EQ(rec.chunks[3].data.size(), 4000u);
 }
 
 }  // namespace
