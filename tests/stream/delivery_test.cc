@@ -33,12 +33,7 @@ class DeliveryTest : public ::testing::Test {
 
   long Play(unsigned short codec_family, unsigned short stream_index, const char* user = "admin",
             const char* password = "admin", QV_RealDataCallBack cb = &FrameLog::OnFrame) {
-    ClientInfo info;
-    memset(&info, 0, sizeof(info));
-    info.port = server_.Port();
-    info.codec_family = codec_family;
-    info.stream_index = stream_index;
-    info.user_data = &log_;
+    ClientInfo info = StreamInfo(server_.Port(), codec_family, stream_index, &log_);
     long handle = IP_NET_DVR_RealPlayEx("127.0.0.1", user, password, cb, &info, 0);
     EXPECT_GT(handle, 0);
     handles_.push_back(handle);

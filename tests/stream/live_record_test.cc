@@ -85,12 +85,7 @@ class LiveRecording : public ::testing::Test {
     qvemu::RtspOptions options;
     options.audio = audio;
     EXPECT_TRUE(server_.Start(options));
-    ClientInfo info;
-    memset(&info, 0, sizeof(info));
-    info.port = server_.Port();
-    info.codec_family = family;
-    info.stream_index = index;
-    info.user_data = &log_;
+    ClientInfo info = StreamInfo(server_.Port(), family, index, &log_);
     long handle = IP_NET_DVR_RealPlayEx("127.0.0.1", "admin", "admin", &FrameLog::OnFrame, &info, 0);
     EXPECT_GT(handle, 0);
     EXPECT_TRUE(log_.WaitFor([](const std::vector<Frame>& f) { return CountType(f, 2) >= 1; },

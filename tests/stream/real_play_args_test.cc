@@ -8,6 +8,7 @@
 #include <sstream>
 #include <string>
 
+#include "frame_log_helper.h"
 #include "quorvel/quorvel.h"
 #include "stream/pull_class.h"
 #include "stream/rtsp_object_list.h"
@@ -18,12 +19,7 @@ namespace {
 long Ignore(long, unsigned long, char*, unsigned long, FRAME_EXTDATA*) { return 0; }
 
 ClientInfo Info(int port, unsigned short family, unsigned short index) {
-  ClientInfo info;
-  memset(&info, 0, sizeof(info));
-  info.port = port;
-  info.codec_family = family;
-  info.stream_index = index;
-  return info;
+  return StreamInfo(port, family, index, nullptr);
 }
 
 // Builds the address the way real play does.

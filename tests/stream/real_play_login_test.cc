@@ -50,13 +50,7 @@ class RealPlayByLogin : public ::testing::Test {
   }
 
   ClientInfo Info(unsigned short family, unsigned short index) {
-    ClientInfo info;
-    memset(&info, 0, sizeof(info));
-    info.port = rtsp_.Port();
-    info.codec_family = family;
-    info.stream_index = index;
-    info.user_data = &log_;
-    return info;
+    return StreamInfo(rtsp_.Port(), family, index, &log_);
   }
 
   FrameLog log_;

@@ -52,11 +52,7 @@ class RecordLive : public ::testing::Test {
     server_.Stop();
   }
   long Play() {
-    ClientInfo info;
-    memset(&info, 0, sizeof(info));
-    info.port = server_.Port();
-    info.codec_family = 1;
-    info.user_data = &log_;
+    ClientInfo info = StreamInfo(server_.Port(), 1, 0, &log_);
     return IP_NET_DVR_RealPlayEx("127.0.0.1", "admin", "admin", &FrameLog::OnFrame, &info, 0);
   }
   TempDir dir_;
@@ -117,10 +113,7 @@ TEST_F(RecordLive, StoppingTheStreamEndsItsRecordingInADayFolder) {
 }
 
 TEST(RecordArgs, NamesHandlesAndMissingParametersAreRefused) {
-  ClientInfo info;
-  memset(&info, 0, sizeof(info));
-  info.port = ClosedPort();
-  info.codec_family = 1;
+  ClientInfo info = StreamInfo(ClosedPort(), 1, 0, nullptr);
   long handle = IP_NET_DVR_RealPlayEx("127.0.0.1", "u", "p", &Ignore, &info, 0);
   EXPECT_EQ(IP_NET_DVR_StartRecord(handle, "x", 10, 10), -8999963);
   EXPECT_EQ(IP_NET_DVR_StartRecord(handle, "", 10, 10), -8999963);

@@ -24,11 +24,7 @@ const int kWaitMs = 20000;
 long Ignore(long, unsigned long, char*, unsigned long, FRAME_EXTDATA*) { return 0; }
 
 long PlayAt(int port, QV_RealDataCallBack cb, void* user) {
-  ClientInfo info;
-  memset(&info, 0, sizeof(info));
-  info.port = port;
-  info.codec_family = 1;
-  info.user_data = user;
+  ClientInfo info = StreamInfo(port, 1, 0, user);
   return IP_NET_DVR_RealPlayEx("127.0.0.1", "admin", "admin", cb, &info, 0);
 }
 
