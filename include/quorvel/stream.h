@@ -95,6 +95,18 @@ QV_API long IP_NET_DVR_RealPlayEx(const char* address, const char* user,
                                   QV_RealDataCallBack callback,
                                   ClientInfo* info, int unused);
 
+/* Opens the stream of a logged-in camera (user_id from IP_NET_DVR_Login):
+ * the camera's address, user name and password are those of its session,
+ * and the stream address is always "rtsp://<camera address>:<port><path>"
+ * with the port and path from `info` as for IP_NET_DVR_RealPlayEx (no
+ * "vxr://" rule here). The session only lends its address and credentials:
+ * the stream runs on its own and outlives a logout. The session need not be
+ * logged in yet. The second and last arguments are not used. Returns the
+ * real-play handle, or QV_E_REALPLAY_ARG for an unknown user_id, a null info
+ * or a null callback. */
+QV_API long IP_NET_DVR_RealPlay(long user_id, int unused, QV_RealDataCallBack callback,
+                                ClientInfo* info, int unused2);
+
 /* Stops the stream, waits for its thread, forgets the handle. 0, or
  * QV_E_UNKNOWN_HANDLE. */
 QV_API long IP_NET_DVR_StopRealPlay(long handle);

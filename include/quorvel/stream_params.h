@@ -12,7 +12,9 @@ typedef struct QV_VIDEO_PARAM {
   char codec[32];        /* "H264", "MPEG4", ...; empty: no video (yet) */
   int width;             /* pixels; 0 unknown */
   int height;
-  int frame_rate;        /* frames per second, rounded; 0 unknown */
+  int frame_rate;        /* frames per second, rounded; 0 unknown (a stream that
+                          * names none gets it from its first frames' time
+                          * stamps, in a parameter block of its own) */
   int bit_rate;          /* bits per second; 0 unknown */
   int config_len;        /* valid bytes in config */
   /* Codec configuration: for H.264 the SPS and PPS as Annex-B NAL units

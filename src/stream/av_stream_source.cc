@@ -98,9 +98,14 @@ int CAvStreamSource::Open(const std::string& url) {
   int ret = avformat_open_input(&ctx_, url.c_str(), nullptr, &options);
   av_dict_free(&options);
   if (ret < 0) return ret;  // the context is freed on failure
-  // The camera answered: from now on the watchdog expects frames.
-  if (pull_->LastDataTick() == 0) pull_->SetLastDataTick(GetTickCount());
+  // Learning the stream reads its first frames (up to a second of them, or
+  // until the I/O time-out when nothing comes), however long a busy machine
+  // takes for it.
   ret = avformat_find_stream_info(ctx_, nullptr);
+  // The session is up: from now on the watchdog expects frames, also from a
+  // camera that never sends one.
+  if (pull_->LastDataTick() == 0) pull_->SetLastDataTick(GetTickCount());
+  if (ret < 0) QV_LOG("[%s:%d]no stream information from %s", pull_->Address().c_str());
   return ret < 0 ? ret : 0;
 }
 
@@ -185,7 +190,11 @@ void CAvStreamSource::LearnParams() {
     v.width = par->width;
     v.height = par->height;
     AVRational rate = st->avg_frame_rate.num > 0 ? st->avg_frame_rate : st->r_frame_rate;
-    if (rate.num > 0 && rate.den > 0) v.frame_rate = (rate.num + rate.den / 2) / rate.den;
+    if (rate.num > 0 && rate.den > 0)
+      v.frame_rate = static_cast<int>((static_cast<int64_t>(rate.num) + rate.den / 2) / rate.den);
+    // Otherwise the rate is told from the frames' time stamps.
+    if (!CFrameRateProbe::Plausible(v.frame_rate)) v.frame_rate = 0;
+    rate_probe_.Reset();
     v.bit_rate = par->bit_rate > 0 && par->bit_rate < INT32_MAX ? static_cast<int>(par->bit_rate) : 0;
     const uint8_t* extra = par->extradata;
     size_t extra_size = par->extradata != nullptr ? static_cast<size_t>(par->extradata_size) : 0;
@@ -236,10 +245,12 @@ void CAvStreamSource::DeliverParams() {
   pull_->ReportStatus(EVENT_RECVVIDEOAUDIOPARAM, pull_->Address().c_str());
 }
 
-int64_t CAvStreamSource::PacketMs(AVPacket* packet) const {
+double CAvStreamSource::StampMs(AVPacket* packet, CStreamClock::Medium medium) {
   int64_t t = packet->pts != AV_NOPTS_VALUE ? packet->pts : packet->dts;
-  if (t == AV_NOPTS_VALUE) return 0;
-  return av_rescale_q(t, ctx_->streams[packet->stream_index]->time_base, AVRational{1, 1000});
+  int64_t ms = t == AV_NOPTS_VALUE ? 0
+                                   : av_rescale_q(t, ctx_->streams[packet->stream_index]->time_base,
+                                                  AVRational{1, 1000});
+  return clock_.Map(ms, t != AV_NOPTS_VALUE, GetTickCount(), medium);
 }
 
 void CAvStreamSource::DeliverVideo(AVPacket* packet) {
@@ -282,14 +293,21 @@ void CAvStreamSource::DeliverVideo(AVPacket* packet) {
     }
   }
   if (size > static_cast<size_t>(INT32_MAX) || Stopping()) return;
-  double ts = clock_.Map(PacketMs(packet), CStreamClock::kVideo);
+  double ts = StampMs(packet, CStreamClock::kVideo);
+  if (param_.video.frame_rate == 0) {
+    int fps = rate_probe_.Add(ts);
+    if (fps > 0) {
+      param_.video.frame_rate = fps;
+      DeliverParams();
+    }
+  }
   pull_->SetLastDataTick(GetTickCount());
   pull_->OnGetVideoFrame(const_cast<uint8_t*>(data), static_cast<int>(size), key, ts);
 }
 
 void CAvStreamSource::DeliverAudio(AVPacket* packet) {
   if (packet->size <= 0 || Stopping()) return;
-  double ts = clock_.Map(PacketMs(packet), CStreamClock::kAudio);
+  double ts = StampMs(packet, CStreamClock::kAudio);
   pull_->SetLastDataTick(GetTickCount());
   pull_->OnGetAudioFrame(packet->data, packet->size, 0, ts);
 }

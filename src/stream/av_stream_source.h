@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "quorvel/quorvel.h"
+#include "stream/frame_rate_probe.h"
 #include "stream/h264_nal.h"
 #include "stream/stream_clock.h"
 
@@ -41,7 +42,8 @@ class CAvStreamSource {
   void DeliverParams();
   void DeliverVideo(AVPacket* packet);
   void DeliverAudio(AVPacket* packet);
-  int64_t PacketMs(AVPacket* packet) const;
+  // The packet's time on the stream's one clock (see CStreamClock).
+  double StampMs(AVPacket* packet, CStreamClock::Medium medium);
   bool Stopping() const;
   static int InterruptCallback(void* opaque);
 
@@ -54,6 +56,7 @@ class CAvStreamSource {
   CH264ParamSets h264_sets_;
   __STREAM_AV_PARAM param_{};
   CStreamClock clock_;
+  CFrameRateProbe rate_probe_;  // while the stream names no usable rate
   std::vector<uint8_t> frame_;  // reused for converted or completed frames
   std::vector<uint8_t> scratch_;
 };

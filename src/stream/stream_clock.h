@@ -12,6 +12,13 @@ class CStreamClock {
 
   // The stamp of a frame whose source time is source_ms.
   double Map(int64_t source_ms, Medium medium);
+  // The same for a frame that arrived at arrival_ms (monotonic clock). A
+  // frame without a source time (has_stamp false), and a video frame whose
+  // source time does not move past the previous video frame's, is placed by
+  // its arrival on the source's clock as the last usable stamp of either
+  // medium set it against the arrival clock (video at least 1 ms after the
+  // previous video frame).
+  double Map(int64_t source_ms, bool has_stamp, uint64_t arrival_ms, Medium medium);
   // Forgets everything: the next frame starts a new time line that continues
   // after the last stamp handed out.
   void Restart();
@@ -25,4 +32,8 @@ class CStreamClock {
   int64_t last_[2] = {-1, -1};
   int64_t step_[2] = {1, 1};
   int64_t resume_ = 0;  // where a restarted time line begins
+  bool have_arrival_offset_ = false;
+  int64_t arrival_offset_ = 0;      // source time - arrival time
+  bool have_last_video_ = false;
+  int64_t last_video_source_ = 0;   // source time of the previous video frame
 };

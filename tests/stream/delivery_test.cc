@@ -33,12 +33,7 @@ class DeliveryTest : public ::testing::Test {
 
   long Play(unsigned short codec_family, unsigned short stream_index, const char* user = "admin",
             const char* password = "admin", QV_RealDataCallBack cb = &FrameLog::OnFrame) {
-    ClientInfo info;
-    memset(&info, 0, sizeof(info));
-    info.port = server_.Port();
-    info.codec_family = codec_family;
-    info.stream_index = stream_index;
-    info.user_data = &log_;
+    ClientInfo info = StreamInfo(server_.Port(), codec_family, stream_index, &log_);
     long handle = IP_NET_DVR_RealPlayEx("127.0.0.1", user, password, cb, &info, 0);
     EXPECT_GT(handle, 0);
     handles_.push_back(handle);
@@ -157,12 +152,24 @@ TEST_F(DeliveryTest, Mpeg4PathsCarryTheVolHeaderAndKeyFrames) {
   EXPECT_EQ(main_video.width, 320);
   EXPECT_EQ(cif_video.width, 352);
   EXPECT_EQ(cif_video.height, 288);
+  // The emulator's VOL header names no usable rate: it comes from the stamps.
+  EXPECT_EQ(main_video.frame_rate, 25);
+  EXPECT_EQ(cif_video.frame_rate, 25);
   ASSERT_GE(main_video.config_len, 4);
   const unsigned char vol_start[] = {0, 0, 1};
   EXPECT_EQ(memcmp(main_video.config, vol_start, 3), 0);
   int keys = 0;
-  for (const Frame& f : log_.Frames()) keys += (f.type == 0 && f.flag == 1) ? 1 : 0;
+  double last[2] = {-1, -1};
+  for (const Frame& f : log_.Frames()) {
+    if (f.type != 0) continue;
+    keys += f.flag == 1 ? 1 : 0;
+    double& previous = last[f.handle == main_handle ? 0 : 1];
+    EXPECT_GT(f.timestamp, previous);
+    previous = f.timestamp;
+  }
   EXPECT_GE(keys, 2);
+  EXPECT_GT(last[0], 800.0) << "30 frames at 25 fps";
+  EXPECT_GT(last[1], 800.0);
 }
 
 TEST_F(DeliveryTest, GlobalCallbackTakesStreamsWithoutTheirOwn) {

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <cstring>
 
 long FrameLog::OnFrame(long handle, unsigned long type, char* data, unsigned long length,
                        FRAME_EXTDATA* extra) {
@@ -67,6 +68,17 @@ int FrameLog::StatusCount(long code) {
   int n = 0;
   for (const StatusEvent& e : statuses_) n += e.code == code ? 1 : 0;
   return n;
+}
+
+ClientInfo StreamInfo(int port, unsigned short codec_family, unsigned short stream_index,
+                      void* user_data) {
+  ClientInfo info;
+  memset(&info, 0, sizeof(info));
+  info.port = port;
+  info.codec_family = codec_family;
+  info.stream_index = stream_index;
+  info.user_data = user_data;
+  return info;
 }
 
 int CountType(const std::vector<Frame>& frames, unsigned long type) {

@@ -51,5 +51,9 @@ class FrameLog {
   std::vector<StatusEvent> statuses_;
 };
 
+// A ClientInfo for a camera's RTSP port (link mode TCP).
+ClientInfo StreamInfo(int port, unsigned short codec_family, unsigned short stream_index,
+                      void* user_data);
+
 // Counts of each type in a frame list.
 int CountType(const std::vector<Frame>& frames, unsigned long type);

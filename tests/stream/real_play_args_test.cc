@@ -8,6 +8,7 @@
 #include <sstream>
 #include <string>
 
+#include "frame_log_helper.h"
 #include "quorvel/quorvel.h"
 #include "stream/pull_class.h"
 #include "stream/rtsp_object_list.h"
@@ -18,12 +19,7 @@ namespace {
 long Ignore(long, unsigned long, char*, unsigned long, FRAME_EXTDATA*) { return 0; }
 
 ClientInfo Info(int port, unsigned short family, unsigned short index) {
-  ClientInfo info;
-  memset(&info, 0, sizeof(info));
-  info.port = port;
-  info.codec_family = family;
-  info.stream_index = index;
-  return info;
+  return StreamInfo(port, family, index, nullptr);
 }
 
 // Builds the address the way real play does.
@@ -130,13 +126,16 @@ TEST_F(RealPlayArgs, AutoReconnectAndReconnectForgetTheHandle) {
   handles_.clear();
   CPullClass* pull_a = OjbectRtspList.GetRtspObject(a, 0);
   CPullClass* pull_b = OjbectRtspList.GetRtspObject(b, 0);
-  EXPECT_EQ(OjbectRtspList.SetAutoReconnect(a, 1), 0);
-  EXPECT_EQ(OjbectRtspList.Reconnect(b), 0);
+  EXPECT_EQ(IP_NET_DVR_SetAutoReconnect(a, 1), 0);
+  EXPECT_EQ(IP_NET_DVR_Reconnect(b), 0);
   // The pulls keep running but their handles are gone.
   EXPECT_EQ(IP_NET_DVR_StopRealPlay(a), -8999989);
   EXPECT_EQ(IP_NET_DVR_StopRealPlay(b), -8999989);
   EXPECT_EQ(OjbectRtspList.SetAutoReconnect(a, 1), -8999989);
   EXPECT_EQ(OjbectRtspList.Reconnect(b), -8999989);
+  // The exported calls then ask the device sessions, which know no such ID.
+  EXPECT_EQ(IP_NET_DVR_SetAutoReconnect(a, 1), -9000002);
+  EXPECT_EQ(IP_NET_DVR_Reconnect(b), -9000002);
   EXPECT_TRUE(pull_a->IsRunning());
   delete pull_a;
   delete pull_b;

@@ -1,12 +1,9 @@
 // Recording a live stream and a host-fed stream through the exported
 // functions: arguments, file names, events, and the chunks in the files.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include "base/compat.h"
@@ -14,6 +11,8 @@
 #include "emu/rtsp_server.h"
 #include "frame_log_helper.h"
 #include "quorvel/quorvel.h"
+#include "record_helper.h"
+#include "stream/disk_space.h"
 #include "stream/pull_class.h"
 #include "stream/rtsp_object_list.h"
 
@@ -23,52 +22,14 @@ const int kWaitMs = 20000;
 
 long Ignore(long, unsigned long, char*, unsigned long, FRAME_EXTDATA*) { return 0; }
 
-struct AviChunks {
-  bool ok = false;
-  int video = 0;
-  int audio = 0;
-  int index_entries = 0;
-  bool first_video_is_key = false;
-};
-
-uint32_t Le32(const std::string& b, size_t at) {
-  return static_cast<uint32_t>(static_cast<unsigned char>(b[at])) |
-         static_cast<uint32_t>(static_cast<unsigned char>(b[at + 1])) << 8 |
-         static_cast<uint32_t>(static_cast<unsigned char>(b[at + 2])) << 16 |
-         static_cast<uint32_t>(static_cast<unsigned char>(b[at + 3])) << 24;
-}
-
-// Walks the chunks after the header image (10,296 bytes with audio, 5,960
-// without) up to the index.
-AviChunks ReadChunks(const std::string& path, size_t header_size) {
-  std::ifstream in(path, std::ios::binary);
-  std::string b((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  AviChunks c;
-  if (b.size() < header_size || b.compare(0, 4, "RIFF") != 0 ||
-      b.compare(header_size - 8, 4, "movi") != 0)
-    return c;
-  size_t at = header_size;
-  while (at + 12 <= b.size()) {
-    std::string id = b.substr(at, 4);
-    if (id == "idx1") {
-      c.index_entries = static_cast<int>(Le32(b, at + 8) / 32);
-      c.ok = true;
-      break;
-    }
-    uint32_t len = Le32(b, at + 8);
-    if (id == "00dc") {
-      if (c.video == 0)
-        c.first_video_is_key = len > 5 && b.compare(at + 12, 4, std::string("\0\0\0\1", 4)) == 0 &&
-                               (b[at + 16] & 0x1F) == 7;
-      ++c.video;
-    } else if (id == "01wb") {
-      ++c.audio;
-    } else {
-      return c;
-    }
-    at += 12 + len;
+// The first video chunk is an H.264 key frame led by its SPS.
+bool StartsWithSps(const RecordedFile& rec) {
+  for (const RecordedChunk& c : rec.chunks) {
+    if (c.id != "00dc") continue;
+    return c.data.size() > 5 && c.data[0] == 0 && c.data[1] == 0 && c.data[2] == 0 &&
+           c.data[3] == 1 && (c.data[4] & 0x1F) == 7;
   }
-  return c;
+  return false;
 }
 
 // Waits until at most `most` frames wait in the pull's record rings.
@@ -78,17 +39,6 @@ bool WaitPending(CPullClass* pull, int most) {
     SleepMs(10);
   }
   return false;
-}
-
-bool Exists(const std::string& path) {
-  struct stat st;
-  return stat(path.c_str(), &st) == 0;
-}
-
-std::string TestDir(const char* name) {
-  std::string dir = std::string(QUORVEL_BINARY_DIR) + "/tests/" + name;
-  mkdir(dir.c_str(), 0755);
-  return dir;
 }
 
 class RecordLive : public ::testing::Test {
@@ -102,20 +52,16 @@ class RecordLive : public ::testing::Test {
     server_.Stop();
   }
   long Play() {
-    ClientInfo info;
-    memset(&info, 0, sizeof(info));
-    info.port = server_.Port();
-    info.codec_family = 1;
-    info.user_data = &log_;
+    ClientInfo info = StreamInfo(server_.Port(), 1, 0, &log_);
     return IP_NET_DVR_RealPlayEx("127.0.0.1", "admin", "admin", &FrameLog::OnFrame, &info, 0);
   }
+  TempDir dir_;
   FrameLog log_;
   qvemu::RtspServer server_;
 };
 
 TEST_F(RecordLive, AFileNameRecordsOneFileUnderItsTemporaryNameFirst) {
-  std::string file = TestDir("record_live") + "/clip.AVI";
-  remove(file.c_str());
+  std::string file = dir_ / "clip.AVI";
   long handle = Play();
   ASSERT_TRUE(log_.WaitFor([](const std::vector<Frame>& f) { return CountType(f, 2) >= 1; },
                            kWaitMs));
@@ -125,31 +71,31 @@ TEST_F(RecordLive, AFileNameRecordsOneFileUnderItsTemporaryNameFirst) {
   int start = log_.Count(0);
   ASSERT_TRUE(log_.WaitFor([start](const std::vector<Frame>& f) { return CountType(f, 0) >= start + 75; },
                            kWaitMs));
-  EXPECT_TRUE(Exists(file + ".tmp"));
-  EXPECT_FALSE(Exists(file));
+  EXPECT_TRUE(FileExists(file + ".tmp"));
+  EXPECT_FALSE(FileExists(file));
   ASSERT_EQ(IP_NET_DVR_StopRecord(handle), 0);
-  EXPECT_FALSE(Exists(file + ".tmp"));
-  ASSERT_TRUE(Exists(file));
+  EXPECT_FALSE(FileExists(file + ".tmp"));
+  ASSERT_TRUE(FileExists(file));
   EXPECT_EQ(IP_NET_DVR_StopRecord(handle), QV_E_RECORD_NOT_RUNNING);
   EXPECT_EQ(IP_NET_DVR_StopRealPlay(handle), 0);
 
-  AviChunks c = ReadChunks(file, 10296);
-  ASSERT_TRUE(c.ok);
-  EXPECT_GE(c.video, 40);
-  EXPECT_GE(c.audio, 10);
-  EXPECT_TRUE(c.first_video_is_key) << "the file starts at a key frame with its SPS";
-  EXPECT_EQ(c.index_entries, c.video + c.audio);
+  RecordedFile rec = ReadRecording(file);
+  ASSERT_EQ(rec.error, "");
+  EXPECT_EQ(rec.header_size, 10296u);
+  EXPECT_GE(rec.Count("00dc"), 40);
+  EXPECT_GE(rec.Count("01wb"), 10);
+  EXPECT_TRUE(StartsWithSps(rec)) << "the file starts at a key frame with its SPS";
+  EXPECT_EQ(rec.index.size(), rec.chunks.size());
   for (const StatusEvent& e : log_.Statuses()) {
     if (e.code >= 42 && e.code <= 49) {
       EXPECT_EQ(e.id, handle);
     }
   }
   EXPECT_EQ(log_.StatusCount(EVENT_RECORD_FILEEND), 1);
-  remove(file.c_str());
 }
 
 TEST_F(RecordLive, StoppingTheStreamEndsItsRecordingInADayFolder) {
-  std::string dir = TestDir("record_dir");
+  std::string dir = dir_.path();
   long handle = Play();
   ASSERT_TRUE(log_.WaitFor([](const std::vector<Frame>& f) { return CountType(f, 2) >= 1; },
                            kWaitMs));
@@ -161,17 +107,13 @@ TEST_F(RecordLive, StoppingTheStreamEndsItsRecordingInADayFolder) {
   for (const StatusEvent& e : log_.Statuses()) {
     if (e.code == EVENT_RECORD_FILEEND) path = e.text;
   }
-  ASSERT_TRUE(Exists(path)) << path;
+  ASSERT_TRUE(FileExists(path)) << path;
   EXPECT_EQ(path.compare(0, dir.size() + 1, dir + "/"), 0);
   EXPECT_NE(path.find("-av-1.avi"), std::string::npos) << "audio and video, main stream";
-  remove(path.c_str());
 }
 
 TEST(RecordArgs, NamesHandlesAndMissingParametersAreRefused) {
-  ClientInfo info;
-  memset(&info, 0, sizeof(info));
-  info.port = ClosedPort();
-  info.codec_family = 1;
+  ClientInfo info = StreamInfo(ClosedPort(), 1, 0, nullptr);
   long handle = IP_NET_DVR_RealPlayEx("127.0.0.1", "u", "p", &Ignore, &info, 0);
   EXPECT_EQ(IP_NET_DVR_StartRecord(handle, "x", 10, 10), -8999963);
   EXPECT_EQ(IP_NET_DVR_StartRecord(handle, "", 10, 10), -8999963);
@@ -206,8 +148,7 @@ TEST_F(RecordLive, HostFedFramesAreRecordedFromTheFirstKeyFrame) {
   size_t first = second_key - 3;
   while (frames[first].type != 0) --first;
 
-  std::string file = TestDir("record_fed") + "/fed.avi";
-  remove(file.c_str());
+  std::string file = dir_ / "fed.avi";
   long handle = IP_NET_DVR_StartRecordStream(&param, file.c_str(), 60, 0);
   ASSERT_GT(handle, 0);
   CPullClass* pull = OjbectRtspList.GetRtspObject(handle, 0);
@@ -234,14 +175,47 @@ TEST_F(RecordLive, HostFedFramesAreRecordedFromTheFirstKeyFrame) {
   ASSERT_EQ(IP_NET_DVR_StopRecordStream(handle), 0);
   EXPECT_EQ(IP_NET_DVR_InputRecordStream(handle, 0, frames[1].bytes.data(), 1, 0, 0),
             QV_E_UNKNOWN_HANDLE);
-  AviChunks c = ReadChunks(file, 10296);
-  ASSERT_TRUE(c.ok);
+  RecordedFile rec = ReadRecording(file);
+  ASSERT_EQ(rec.error, "");
   EXPECT_GE(dropped_before_key, 1);
-  EXPECT_EQ(c.video, fed_video);
-  EXPECT_TRUE(c.first_video_is_key);
-  EXPECT_GT(c.audio, 0);
-  EXPECT_LE(c.audio, fed_audio);
-  remove(file.c_str());
+  EXPECT_EQ(rec.Count("00dc"), fed_video);
+  EXPECT_TRUE(StartsWithSps(rec));
+  EXPECT_GT(rec.Count("01wb"), 0);
+  EXPECT_LE(rec.Count("01wb"), fed_audio);
+}
+
+TEST(RecordFed, FramesBeyondTheRingsLimitAreLeftOutWithoutHarm) {
+  TempDir dir;
+  SetDiskFreeCommand("echo 99999999 #%s");
+  __STREAM_AV_PARAM param;
+  memset(&param, 0, sizeof(param));
+  snprintf(param.video.codec, sizeof(param.video.codec), "H264");
+  param.video.width = 320;
+  param.video.height = 240;
+  param.video.frame_rate = 25;
+  std::string file = dir / "big.avi";
+  long handle = IP_NET_DVR_StartRecordStream(&param, file.c_str(), 60, 0);
+  ASSERT_GT(handle, 0);
+  CPullClass* pull = OjbectRtspList.GetRtspObject(handle, 0);
+  // Sizes around the ring's cut: 514,048 bytes is the largest it keeps.
+  const int sizes[] = {1000, 514048, 514049, 2000000, 3000, 600000, 4000};
+  int kept = 0;
+  for (size_t i = 0; i < sizeof(sizes) / sizeof(sizes[0]); ++i) {
+    std::vector<unsigned char> frame(static_cast<size_t>(sizes[i]), 0x5A);
+    ASSERT_EQ(IP_NET_DVR_InputRecordStream(handle, QV_FRAME_VIDEO, frame.data(), sizes[i],
+                                           i == 0 ? 1 : 0, 40.0 * static_cast<double>(i)),
+              0);
+    kept += sizes[i] <= 514048 ? 1 : 0;
+    ASSERT_TRUE(WaitPending(pull, 0));
+  }
+  ASSERT_EQ(IP_NET_DVR_StopRecordStream(handle), 0);
+  SetDiskFreeCommand(nullptr);
+  RecordedFile rec = ReadRecording(file);
+  ASSERT_EQ(rec.error, "");
+  ASSERT_EQ(rec.Count("00dc"), kept);
+  EXPECT_EQ(rec.chunks[1].data.size(), 514048u);
+  EXPECT_EQ(rec.chunks[2].data.size(), 3000u);
+  EXPECT_EQ(rec.chunks[3].data.size(), 4000u);
 }
 
 }  // namespace

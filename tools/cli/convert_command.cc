@@ -1,8 +1,11 @@
-// quorvel convert [--fps N] [--alaw|--mulaw] IN OUT
+// quorvel convert [--fps N] [--alaw|--mulaw] [--aac-config HEX] IN OUT
+#include <cctype>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <vector>
 
 extern "C" {
 #include <libavutil/log.h>
@@ -15,11 +18,27 @@ namespace {
 
 int Usage() {
   fprintf(stderr,
-          "usage: quorvel convert [--fps N] [--alaw|--mulaw] IN OUT\n"
+          "usage: quorvel convert [--fps N] [--alaw|--mulaw] [--aac-config HEX] IN OUT\n"
           "  OUT's extension picks the container: .avi, .mp4, .mov or .mkv\n"
           "  --fps N    play the video at N frames per second (default: the recording's)\n"
-          "  --alaw, --mulaw  the G.711 law (default: told from the samples)\n");
+          "  --alaw, --mulaw  the G.711 law (default: told from the samples)\n"
+          "  --aac-config HEX  the stream's AudioSpecificConfig, as in QV_AUDIO_PARAM.config\n"
+          "             (default: AAC-LC at the recording's rate and channels)\n");
   return 2;
+}
+
+// "1408" -> {0x14, 0x08}; false for anything but 1 to 64 bytes of hex.
+bool ParseHex(const std::string& text, std::vector<uint8_t>* out) {
+  if (text.empty() || text.size() % 2 != 0 || text.size() > 128) return false;
+  out->clear();
+  for (size_t i = 0; i < text.size(); i += 2) {
+    char pair[3] = {text[i], text[i + 1], '\0'};
+    char* end = nullptr;
+    long byte = strtol(pair, &end, 16);
+    if (*end != '\0' || !isxdigit(static_cast<unsigned char>(pair[0]))) return false;
+    out->push_back(static_cast<uint8_t>(byte));
+  }
+  return true;
 }
 
 void PrintReport(const std::string& out, const AviConvertReport& r) {
@@ -58,6 +77,8 @@ int RunConvert(int argc, char** argv) {
       options.g711_law = kG711ALaw;
     } else if (a == "--mulaw") {
       options.g711_law = kG711MuLaw;
+    } else if (a == "--aac-config" && i + 1 < argc) {
+      if (!ParseHex(argv[++i], &options.aac_config)) return Usage();
     } else if (a.size() > 1 && a[0] == '-') {
       return Usage();
     } else if (n < 2) {

@@ -6,7 +6,7 @@
 #include "command.h"
 
 const CliCommand kCliCommands[] = {
-    {"convert", "[--fps N] [--alaw|--mulaw] IN OUT",
+    {"convert", "[--fps N] [--alaw|--mulaw] [--aac-config HEX] IN OUT",
      "turn a recording (or a .tmp left by a crash) into a standard .avi/.mp4/.mov/.mkv", RunConvert},
     {"help", "[COMMAND]", "show the commands, or one command's usage", RunHelp},
     {nullptr, nullptr, nullptr, nullptr},

@@ -60,11 +60,42 @@ void FreeSilencer(gpointer data) {
 
 // The MPEG-4 encoder of this GStreamer build hands out frames without time
 // stamps. It neither reorders nor drops frames, so each output frame takes
-// the time stamp of the input frame at the same position.
+// the time stamp of the input frame at the same position. Its output segment
+// starts 1000 hours late (room for decoding times ahead of presentation
+// times), so the input's segment replaces it: the restored stamps then give
+// the right running time, which the RTCP sender reports are made from.
 struct StampQueue {
   std::mutex mu;
   std::deque<std::pair<GstClockTime, GstClockTime>> stamps;  // pts, duration
+  bool have_segment = false;
+  GstSegment segment;  // the encoder's input segment
 };
+
+GstPadProbeReturn RememberSegment(GstPad*, GstPadProbeInfo* info, gpointer data) {
+  StampQueue* q = static_cast<StampQueue*>(data);
+  GstEvent* event = GST_PAD_PROBE_INFO_EVENT(info);
+  if (GST_EVENT_TYPE(event) == GST_EVENT_SEGMENT) {
+    const GstSegment* segment = nullptr;
+    gst_event_parse_segment(event, &segment);
+    std::lock_guard<std::mutex> lock(q->mu);
+    gst_segment_copy_into(segment, &q->segment);
+    q->have_segment = true;
+  }
+  return GST_PAD_PROBE_OK;
+}
+
+GstPadProbeReturn RestoreSegment(GstPad*, GstPadProbeInfo* info, gpointer data) {
+  StampQueue* q = static_cast<StampQueue*>(data);
+  GstEvent* event = GST_PAD_PROBE_INFO_EVENT(info);
+  if (GST_EVENT_TYPE(event) != GST_EVENT_SEGMENT) return GST_PAD_PROBE_OK;
+  std::lock_guard<std::mutex> lock(q->mu);
+  if (!q->have_segment) return GST_PAD_PROBE_OK;
+  GstEvent* replacement = gst_event_new_segment(&q->segment);
+  gst_event_set_seqnum(replacement, gst_event_get_seqnum(event));
+  gst_event_unref(event);
+  GST_PAD_PROBE_INFO_DATA(info) = replacement;
+  return GST_PAD_PROBE_OK;
+}
 
 GstPadProbeReturn RememberStamp(GstPad*, GstPadProbeInfo* info, gpointer data) {
   StampQueue* q = static_cast<StampQueue*>(data);
@@ -102,6 +133,8 @@ void RestampEncoder(GstElement* bin) {
   GstPad* src = gst_element_get_static_pad(encoder, "src");
   gst_pad_add_probe(sink, GST_PAD_PROBE_TYPE_BUFFER, RememberStamp, q, nullptr);
   gst_pad_add_probe(src, GST_PAD_PROBE_TYPE_BUFFER, RestoreStamp, q, nullptr);
+  gst_pad_add_probe(sink, GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, RememberSegment, q, nullptr);
+  gst_pad_add_probe(src, GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, RestoreSegment, q, nullptr);
   gst_object_unref(sink);
   gst_object_unref(src);
   gst_object_unref(encoder);
@@ -161,7 +194,7 @@ std::string RtspLaunchLine(const RtspOptions& o, const std::string& path) {
                    cif ? 288 : o.height, o.fps) +
             Format(" ! avenc_mpeg4 name=mpeg4enc gop-size=%d bitrate=%d", o.key_interval,
                    o.bitrate_kbps * 1000, 0) +
-            Format(kGate, 0, 0, 0) + " ! rtpmp4vpay name=pay0 pt=96";
+            Format(kGate, 0, 0, 0) + " ! rtpmp4vpay name=pay0 pt=96 max-ptime=1000000";
   }
   return "(" + video + AudioBranch(o) + " )";
 }
