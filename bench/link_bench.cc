@@ -24,6 +24,7 @@
 #include <benchmark/benchmark.h>
 
 #include "base/compat.h"
+#include "emu_process.h"
 #include "emu/camera.h"
 #include "quorvel/quorvel.h"
 
@@ -149,51 +150,10 @@ long ResidentKiB() {
   return kib;
 }
 
-double CpuSeconds() {
-  struct rusage ru;
-  getrusage(RUSAGE_SELF, &ru);
-  return static_cast<double>(ru.ru_utime.tv_sec + ru.ru_stime.tv_sec) +
-         static_cast<double>(ru.ru_utime.tv_usec + ru.ru_stime.tv_usec) / 1e6;
-}
-
-// Starts build/quorvel-emu (next to this program's folder) and reads its
-// port from its first line.
-bool StartEmulator(pid_t* pid, uint16_t* port) {
-  char self[4096];
-  ssize_t n = readlink("/proc/self/exe", self, sizeof(self) - 1);
-  if (n <= 0) return false;
-  self[n] = '\0';
-  std::string dir(self);
-  dir = dir.substr(0, dir.rfind('/'));
-  std::string program = dir + "/../quorvel-emu";
-  int out[2];
-  if (pipe(out) != 0) return false;
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, out[1], 1);
-  posix_spawn_file_actions_addclose(&actions, out[0]);
-  char* argv[] = {const_cast<char*>(program.c_str()), const_cast<char*>("--quiet"), nullptr};
-  int rc = posix_spawn(pid, program.c_str(), &actions, nullptr, argv, environ);
-  posix_spawn_file_actions_destroy(&actions);
-  close(out[1]);
-  if (rc != 0) {
-    close(out[0]);
-    return false;
-  }
-  FILE* f = fdopen(out[0], "r");
-  char line[256] = "";
-  bool ok = fgets(line, sizeof(line), f) != nullptr;
-  fclose(f);
-  const char* colon = strrchr(line, ':');
-  if (!ok || colon == nullptr) return false;
-  *port = static_cast<uint16_t>(atoi(colon + 1));
-  return *port != 0;
-}
-
 void BM_IdleSessions(benchmark::State& state) {
-  pid_t emu = 0;
-  uint16_t port = 0;
-  if (!StartEmulator(&emu, &port)) {
+  benchsupport::EmulatorProcess emu;
+  int emu_port = 0;
+  if (!emu.Start({}, "quorvel-emu listening on 127.0.0.1:%d", &emu_port)) {
     state.SkipWithError("quorvel-emu did not start");
     for (auto _ : state) {
     }
@@ -203,22 +163,20 @@ void BM_IdleSessions(benchmark::State& state) {
   Events events;
   events.Install();
   long rss_before = ResidentKiB();
-  for (int i = 0; i < kSessions; ++i) Login(port);
+  for (int i = 0; i < kSessions; ++i) Login(static_cast<uint16_t>(emu_port));
   bool all = events.WaitCount(EVENT_LOGINOK, kSessions, 60000);
   SleepMs(2000);  // the ability replies and the first turns settle
   for (auto _ : state) {
-    double cpu0 = CpuSeconds();
+    double cpu0 = benchsupport::CpuSeconds();
     auto t0 = std::chrono::steady_clock::now();
     SleepMs(static_cast<unsigned long>(state.range(0)) * 1000UL);
     double wall = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
-    state.counters["cpu_share_pct"] = 100.0 * (CpuSeconds() - cpu0) / wall;
+    state.counters["cpu_share_pct"] = 100.0 * (benchsupport::CpuSeconds() - cpu0) / wall;
   }
   state.counters["rss_kib"] = static_cast<double>(ResidentKiB());
   state.counters["rss_added_kib"] = static_cast<double>(ResidentKiB() - rss_before);
   state.counters["logged_in"] = all ? kSessions : 0;
   IP_NET_DVR_Cleanup();
-  kill(emu, SIGTERM);
-  waitpid(emu, nullptr, 0);
 }
 BENCHMARK(BM_IdleSessions)->Arg(30)->Iterations(1)->UseRealTime()->Unit(benchmark::kSecond);
 

@@ -131,24 +131,26 @@ int CRTSPObjectList::Reconnect(long handle) {
   return pull != nullptr ? pull->Reconnect() : -8999989;
 }
 
-int CRTSPObjectList::GetVideoParam(long handle, QV_VIDEO_PARAM* video) {
+int CRTSPObjectList::GetAvParam(long handle, __STREAM_AV_PARAM* param) {
   CriticalSectionGuard guard(&general_lock_);
   auto it = pulls_.find(handle);
   if (it == pulls_.end()) return -8999989;
-  __STREAM_AV_PARAM param;
-  it->second->GetAvParam(&param);
-  *video = param.video;
+  it->second->GetAvParam(param);
   return 0;
 }
 
-int CRTSPObjectList::GetAudioParam(long handle, QV_AUDIO_PARAM* audio) {
-  CriticalSectionGuard guard(&general_lock_);
-  auto it = pulls_.find(handle);
-  if (it == pulls_.end()) return -8999989;
+int CRTSPObjectList::GetVideoParam(long handle, QV_VIDEO_PARAM* video) {
   __STREAM_AV_PARAM param;
-  it->second->GetAvParam(&param);
-  *audio = param.audio;
-  return 0;
+  int ret = GetAvParam(handle, &param);
+  if (ret == 0) *video = param.video;
+  return ret;
+}
+
+int CRTSPObjectList::GetAudioParam(long handle, QV_AUDIO_PARAM* audio) {
+  __STREAM_AV_PARAM param;
+  int ret = GetAvParam(handle, &param);
+  if (ret == 0) *audio = param.audio;
+  return ret;
 }
 
 int CRTSPObjectList::StartRecord(long handle, const char* name, int a, int b) {

@@ -50,6 +50,8 @@ class CRTSPObjectList : public CThreadClass {
   // Copies a pull's parameter blocks. 0, or -8999989.
   int GetVideoParam(long handle, QV_VIDEO_PARAM* video);
   int GetAudioParam(long handle, QV_AUDIO_PARAM* audio);
+  // Both blocks of a pull; -8999989 when the handle is unknown.
+  int GetAvParam(long handle, __STREAM_AV_PARAM* param);
 
   // Recording of a registered stream. A name of at most one character:
   // -8999963. A name longer than 4 characters ending in ".avi" or ".AVI" is
