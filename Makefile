@@ -4,6 +4,9 @@ JOBS  ?= 2
 BUILD ?= build
 ASAN_BUILD ?= build-asan
 CTEST_ARGS ?= --output-on-failure -j$(JOBS)
+# A compiler cache, when the machine has one, makes rebuilds in several
+# checkouts cheap; nothing depends on it.
+LAUNCHER := $(if $(shell command -v ccache 2>/dev/null),-DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DCMAKE_C_COMPILER_LAUNCHER=ccache)
 
 .PHONY: all deps configure build test test-asan demo bench install clean
 
@@ -16,7 +19,7 @@ deps:
 # or a globbed folder changes.
 configure: deps
 	@test -f $(BUILD)/CMakeCache.txt || \
-	  cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+	  cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo $(LAUNCHER) >/dev/null
 
 build: configure
 	@cmake --build $(BUILD) -j$(JOBS)
@@ -26,7 +29,7 @@ test: build
 
 test-asan: deps
 	@test -f $(ASAN_BUILD)/CMakeCache.txt || \
-	  cmake -S . -B $(ASAN_BUILD) -DCMAKE_BUILD_TYPE=Debug -DQUORVEL_SANITIZE=ON \
+	  cmake -S . -B $(ASAN_BUILD) -DCMAKE_BUILD_TYPE=Debug -DQUORVEL_SANITIZE=ON $(LAUNCHER) \
 	    -DQUORVEL_BENCH=OFF >/dev/null
 	@cmake --build $(ASAN_BUILD) -j$(JOBS)
 	@cd $(ASAN_BUILD) && ASAN_OPTIONS=detect_leaks=1 \
