@@ -163,9 +163,9 @@ int CPTZObjectList::SetAutoReconnect(long id, int value) {
 
 int CPTZObjectList::SetMessageHWND(int, long) { return 0; }
 
-long CPTZObjectList::AudioFrameData(char*, long) {
-  // Members would receive the frame here; the group never has any.
+long CPTZObjectList::AudioFrameData(char* data, long length) {
   EnterCriticalSection(&talk_lock_);
+  for (auto& member : talk_map_) member.second->AudioFrameData(data, length);
   LeaveCriticalSection(&talk_lock_);
   return 0;
 }
@@ -184,11 +184,15 @@ int CPTZObjectList::StopTalk() { return 0; }
 
 int CPTZObjectList::RemoveTalk(long id) {
   EnterCriticalSection(&talk_lock_);
-  bool found = talk_map_.erase(id) > 0;
+  CPTZControlClass* member = nullptr;
+  auto found = talk_map_.find(id);
+  if (found != talk_map_.end()) {
+    member = found->second;
+    talk_map_.erase(found);
+  }
   LeaveCriticalSection(&talk_lock_);
-  // AddTalk never inserts, so no ID is ever found; a member would have its
-  // voice talk stopped here.
-  return found ? 0 : QV_E_UNKNOWN_USER;
+  // AddTalk never inserts, so no ID is ever found.
+  return member != nullptr ? member->StopAudio() : QV_E_UNKNOWN_USER;
 }
 
 template <typename Op>
@@ -202,6 +206,22 @@ int CPTZObjectList::Forward(long id, Op op) {
 
 int CPTZObjectList::GetReplayAblity(long id) {
   return Forward(id, [](CPTZControlClass* s) { return s->GetReplayAblity(); });
+}
+
+int CPTZObjectList::StartAudio(long id, int audio_type, int sample_rate, int channels) {
+  return Forward(id, [=](CPTZControlClass* s) {
+    return s->StartAudio(audio_type, sample_rate, channels);
+  });
+}
+
+int CPTZObjectList::StopAudio(long id) {
+  return Forward(id, [](CPTZControlClass* s) { return s->StopAudio(); });
+}
+
+int CPTZObjectList::InputAudioData(long id, const char* data, int length) {
+  return Forward(id, [=](CPTZControlClass* s) {
+    return static_cast<int>(s->AudioFrameData(data, length));
+  });
 }
 
 int CPTZObjectList::GetUserData(unsigned long id, char* buffer, int* length) {

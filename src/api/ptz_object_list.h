@@ -86,11 +86,15 @@ class CPTZObjectList {
   int AddTalk(long id);                      // 0
   int StartTalk(int, int, int, int);         // 0
   int StopTalk();                            // 0
-  int RemoveTalk(long id);                   // -9000002 for every ID
+  // Stops voice talk of a member: -9000002 when id is not one (always).
+  int RemoveTalk(long id);
 
   // ---- per-device forwarders: -9000002 for an unknown ID, else the
   // session's result ------------------------------------------------------
   int GetReplayAblity(long id);
+  int StartAudio(long id, int audio_type, int sample_rate, int channels);
+  int StopAudio(long id);
+  int InputAudioData(long id, const char* data, int length);
   int GetUserData(unsigned long id, char* buffer, int* length);
   int SetUserData(unsigned long id, char* data, int length);
   int CreateIFrame(unsigned long id, int stream);

@@ -15,6 +15,7 @@
 #include "link/message_readers.h"
 #include "link/ptz_control_class.h"
 #include "link/xml_request.h"
+#include "voice/audio_thread.h"
 
 namespace {
 
@@ -91,14 +92,15 @@ void CPTZControlClass::MainLoop(char* request, int request_size) {
     bool sent = false;
     if (link_state_ != kLoggedIn && !LoginWatch(request, request_size, &sent)) return;
     if (link_state_ >= kLoggedIn) {
-      // Talk upkeep belongs here once voice talk is part of the link.
+      TalkUpkeep();
       if (!SendOneRequest(&sent)) return;
       if (!sent && GetTickCount() - heartbeat_tick_ > ScaledMs(kHeartbeatMs) &&
           !Heartbeat(request, request_size)) {
         return;
       }
     }
-    // Talk packets and file-transfer upkeep join the turn here.
+    SendTalkPackets();
+    // File-transfer upkeep joins the turn here.
     if (!ReceiveTurn()) return;
     long silent = static_cast<long>(heartbeat_tick_ - last_recv_tick_);
     if (silent > static_cast<long>(ScaledMs(kHeartbeatWatchMs))) {
@@ -238,8 +240,8 @@ bool CPTZControlClass::EndRound() {
 }
 
 void CPTZControlClass::ThreadExit() {
-  // Talk and file transfer threads are stopped here once the link has them.
   if (file_send_thread_ != nullptr) file_send_thread_->Kill(-1);
+  TalkAtThreadExit();
   if (audio_send_thread_ != nullptr) audio_send_thread_->Kill(-1);
   CloseSocket();
   link_state_ = kNotConnected;

@@ -9,6 +9,7 @@
 #include "base/compat.h"
 #include "base/debug_log.h"
 #include "link/ipc_link_thread.h"
+#include "voice/audio_thread.h"
 
 namespace {
 

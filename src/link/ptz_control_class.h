@@ -15,8 +15,11 @@
 #include "link/aux_msg_buffer.h"
 #include "link/packet_framing.h"
 #include "quorvel/quorvel.h"
+#include "voice/talk_audio_list.h"
+#include "voice/talk_state.h"
 
 class CPTZObjectList;
+class CAudioThread;
 class CIpcLinkThread;
 class CThreadClass;
 
@@ -47,6 +50,9 @@ class CPTZControlClass {
   int SetAutoReconnect(int on);  // 0
   int GetReplayAblity() const { return replay_ability_; }  // -1 unknown, 0 no, 1 yes
   int LinkStateValue() const { return link_state_; }
+  // 1 from StartAudio until StopAudio or the end of the link thread: voice
+  // talk is wanted (file transfers are refused meanwhile).
+  int TalkRequested() const { return talk_.requested; }
 
   void SetUserID(long id) { user_id_ = id; }
   long UserID() const { return user_id_; }
@@ -122,6 +128,20 @@ class CPTZControlClass {
   int GetLastPTZResponse(std::string& out);
   int GetLastAUXResponse(std::string& out);
 
+  // ---- voice talk --------------------------------------------------------
+  // Asks the camera to take talk (G.711 for audio types below 3, else PCM
+  // with the rate and channels) and marks talk requested. 0; -8999986 when
+  // talk is already requested; -8999997 / -8999996 before login.
+  int StartAudio(int audio_type, int sample_rate, int channels);
+  // Asks the camera to stop, stops the audio send thread and clears the
+  // talk values. 0; -8999998 when talk is not requested.
+  int StopAudio();
+  // One frame of host audio for the audio send thread. length; -1 while
+  // that thread does not run (before the camera accepted talk).
+  long AudioFrameData(const char* data, long length);
+  TalkAudioList& TalkAudio() { return talk_audio_; }
+  void SetAudioSendTick(unsigned long tick) { talk_.last_send_tick = tick; }
+
   // ---- events (link thread) -------------------------------------------------
   long PostStatusMsg(long code, const char* text);
   long PostPTZResponseMsg(long code, long flag, const char* body);
@@ -165,6 +185,19 @@ class CPTZControlClass {
   void OnSystemReply(long code, long flag, const char* body);
   void UpdateAbility(const char* body);
 
+  // Voice talk on the link thread: the camera's talk replies, the upkeep
+  // (repeated start, 8 s silence), the packets of one turn, the thread's end.
+  void OnTalkReply(const char* code, long flag, const char* flag_text, char* message);
+  void OnTalkStartReply(long flag, char* message);
+  void TalkUpkeep();
+  void SendTalkPackets();
+  void TalkAtThreadExit();
+  // The talk start and stop request messages.
+  std::string TalkStartRequest();
+  std::string TalkStopRequest(const char* body_format);
+  int QueueAction(const std::string& message);
+  bool AudioThreadRunning();
+
   // Formats a status text (kept as the last status text) and posts it.
   long PostStatus(long code, const char* fmt, ...) __attribute__((format(printf, 3, 4)));
   int CheckLoggedIn();
@@ -185,7 +218,7 @@ class CPTZControlClass {
   int encrypt_ = 0;
   std::string key_;
 
-  CThreadClass* audio_send_thread_ = nullptr;  // voice talk sender
+  CAudioThread* audio_send_thread_ = nullptr;  // voice talk sender
   CThreadClass* file_send_thread_ = nullptr;   // file transport channel
   CIpcLinkThread* link_thread_ = nullptr;
 
@@ -221,6 +254,12 @@ class CPTZControlClass {
   char* snap_buffer_ = nullptr;
   int snap_buffer_size_ = 0;
   int snap_pending_ = 0;
+
+  // Voice talk; the lock guards the talk values and the audio send
+  // thread's start and stop.
+  TalkState talk_;
+  CBkMutex talk_lock_;
+  TalkAudioList talk_audio_;
 
   std::string last_ptz_response_;
   std::string last_aux_response_;

@@ -17,13 +17,16 @@
 #include "emu/frame_log.h"
 #include "emu/link.h"
 #include "emu/system_replies.h"
+#include "emu/talk_receiver.h"
 
 namespace qvemu {
 
 class Camera::Impl {
  public:
   explicit Impl(CameraOptions options)
-      : options_(std::move(options)), behaviour_(options_), log_(options_.record_limit) {}
+      : options_(std::move(options)), behaviour_(options_), log_(options_.record_limit) {
+    talk_.Install(&behaviour_);
+  }
 
   ~Impl() { Stop(); }
 
@@ -38,6 +41,7 @@ class Camera::Impl {
 
   const CameraOptions options_;
   CameraBehaviour behaviour_;
+  TalkReceiver talk_;
   FrameLog log_;
   std::atomic<uint16_t> port_{0};
   std::atomic<int> connections_{0};
@@ -239,6 +243,12 @@ int Camera::OpenLinks() const { return impl_->OpenLinks(); }
 int Camera::Logins() const { return impl_->behaviour_.Logins(); }
 uint64_t Camera::SkippedBytes() const { return impl_->skipped_bytes_; }
 int Camera::BadLengths() const { return impl_->bad_lengths_; }
+
+void Camera::SetTalkEnabled(bool on) { impl_->talk_.SetEnabled(on); }
+void Camera::SetTalkRefusal(int flag) { impl_->talk_.SetRefusal(flag); }
+bool Camera::SetTalkSaveFile(const std::string& path) { return impl_->talk_.SetSaveFile(path); }
+TalkStats Camera::Talk() const { return impl_->talk_.Stats(); }
+void Camera::ClearTalk() { impl_->talk_.Clear(); }
 
 std::string Camera::ConfigDocument() const { return impl_->behaviour_.ConfigDocument(); }
 bool Camera::SetConfigDocument(const std::string& xml) {

@@ -5,7 +5,7 @@
 // at once, one thread a link. It checks user and password on login, answers
 // heartbeats, PTZ commands, system control codes, configuration get and set
 // (from and into its own configuration document), user data and the key
-// exchange, and pushes alarms when asked. Fault switches make it stay silent,
+// exchange, voice talk, and pushes alarms when asked. Fault switches make it stay silent,
 // refuse, drop links, send stray bytes or delay its replies. Every frame it
 // receives is recorded so that tests can assert the exact bytes.
 //
@@ -55,6 +55,17 @@ struct AlarmSpec {
 
 enum class LoginReply { Accept, Silent, Refuse };
 
+// What the camera's voice talk saw.
+struct TalkStats {
+  int starts = 0;          // talk start requests accepted
+  int refusals = 0;        // ... refused (busy, parameters, disabled)
+  int stops = 0;           // stop requests of the talking link
+  uint64_t packets = 0;    // well-formed talk packets of the talking link
+  uint64_t bytes = 0;      // audio bytes in them
+  int bad_packets = 0;     // talk packets that did not parse, or from a link not talking
+  std::string audio;       // the audio itself, in order (the first 16 MB)
+};
+
 class Camera {
  public:
   explicit Camera(CameraOptions options = {});
@@ -100,6 +111,17 @@ class Camera {
   int Logins() const;              // successful logins so far
   uint64_t SkippedBytes() const;   // stray bytes its reader hunted over
   int BadLengths() const;          // frame headers dropped for their length
+
+  // Voice talk: off refuses every start as disabled (-3); a refusal flag
+  // (-1 busy, -2 parameter error, -3 disabled) refuses every start with it,
+  // 0 decides by the rules (one talking link; G.711 or PCM).
+  void SetTalkEnabled(bool on);
+  void SetTalkRefusal(int flag);
+  // Also writes the talk audio to this file as it arrives; false when it
+  // cannot be created.
+  bool SetTalkSaveFile(const std::string& path);
+  TalkStats Talk() const;
+  void ClearTalk();
 
   std::string ConfigDocument() const;
   // Replaces the document; false (keeping the old one) when the text does

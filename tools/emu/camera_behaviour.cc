@@ -51,6 +51,8 @@ CameraBehaviour::CameraBehaviour(const CameraOptions& options)
       std::bind(&CameraBehaviour::OnConfigSet, this, _1, _2, _3);
   type_handlers_["SYSTEM_ENCRYPT_MESSAGE"] =
       std::bind(&CameraBehaviour::OnEncrypt, this, _1, _2, _3);
+  type_handlers_["MEDIA_DATA_MESSAGE"] =
+      std::bind(&CameraBehaviour::OnMediaData, this, _1, _2, _3);
   AddControlHandlers();
 }
 
@@ -146,6 +148,12 @@ void CameraBehaviour::OnEncrypt(LinkState*, const ReceivedFrame& f, std::vector<
                             "\"/>"));
 }
 
+void CameraBehaviour::OnMediaData(LinkState* link, const ReceivedFrame& f,
+                                  std::vector<Reply>* out) {
+  auto handler = media_handlers_.find(atol(f.code.c_str()));
+  if (handler != media_handlers_.end()) handler->second(link, f, out);
+}
+
 void CameraBehaviour::AddControlHandlers() {
   // Codes whose reply is a plain acknowledgement; the log keeps what happened.
   const std::map<long, const char*> acknowledged = {
@@ -235,6 +243,11 @@ void CameraBehaviour::SetTypeHandler(const std::string& type, Handler handler) {
 void CameraBehaviour::SetControlHandler(long code, Handler handler) {
   std::lock_guard<std::mutex> lock(mu_);
   control_handlers_[code] = std::move(handler);
+}
+
+void CameraBehaviour::SetMediaHandler(long code, Handler handler) {
+  std::lock_guard<std::mutex> lock(mu_);
+  media_handlers_[code] = std::move(handler);
 }
 
 void CameraBehaviour::SetLoginReply(LoginReply mode, int refuse_flag) {

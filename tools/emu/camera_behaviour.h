@@ -1,13 +1,15 @@
 // What the emulated camera answers, apart from any socket: one handler per
 // message family (Msg_type) and, inside the system control family, one per
-// code. Later message families (files, replay, talk) plug in with
-// SetTypeHandler / SetControlHandler.
+// code, and inside the media data family one per code. Later message
+// families (files, replay, talk) plug in with SetTypeHandler,
+// SetControlHandler and SetMediaHandler.
 #pragma once
 
 #include <ctime>
 #include <deque>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -28,6 +30,13 @@ struct Reply {
 struct LinkState {
   int connection = 0;
   bool logged_in = false;
+  // Sends bytes whole on this link, serialised with the replies: for what
+  // the camera pushes on its own (replay media, file data). Usable while
+  // the link runs, so only by the link's own parts below.
+  std::function<bool(const std::string&)> send;
+  // Helpers that belong to this link (a replay sender, a talk receiver),
+  // by name; destroyed when the link ends, before its socket closes.
+  std::map<std::string, std::shared_ptr<void>> parts;
 };
 
 class CameraBehaviour {
@@ -45,6 +54,9 @@ class CameraBehaviour {
 
   void SetTypeHandler(const std::string& type, Handler handler);
   void SetControlHandler(long code, Handler handler);
+  // MEDIA_DATA_MESSAGE by Msg_code (talk audio, file data); codes without
+  // a handler are not answered.
+  void SetMediaHandler(long code, Handler handler);
 
   // Settings and faults (see Camera).
   void SetLoginReply(LoginReply mode, int refuse_flag);
@@ -71,6 +83,7 @@ class CameraBehaviour {
   void OnConfigGet(LinkState* link, const ReceivedFrame& f, std::vector<Reply>* out);
   void OnConfigSet(LinkState* link, const ReceivedFrame& f, std::vector<Reply>* out);
   void OnEncrypt(LinkState* link, const ReceivedFrame& f, std::vector<Reply>* out);
+  void OnMediaData(LinkState* link, const ReceivedFrame& f, std::vector<Reply>* out);
   void AddControlHandlers();
   void Note(const std::string& text);  // one entry of the camera's log
 
@@ -78,6 +91,7 @@ class CameraBehaviour {
   mutable std::mutex mu_;
   std::map<std::string, Handler> type_handlers_;
   std::map<long, Handler> control_handlers_;
+  std::map<long, Handler> media_handlers_;
   std::map<std::pair<std::string, std::string>, std::pair<int, std::string>> canned_;
 
   LoginReply login_mode_ = LoginReply::Accept;

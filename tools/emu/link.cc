@@ -58,7 +58,9 @@ void Link::PauseUntil(std::chrono::steady_clock::time_point end) const {
 
 void Link::Run() {
   FrameReader reader(fd_);
-  LinkState state{connection_, false};
+  LinkState state;
+  state.connection = connection_;
+  state.send = [this](const std::string& bytes) { return Send(bytes); };
   uint64_t skipped = 0;
   for (;;) {
     uint32_t flag = 0;
@@ -112,6 +114,8 @@ void Link::Run() {
       Print(" -> " + Describe(reply.type, reply.code, reply.flag));
     }
   }
+  // The link's parts (senders of their own) end while the socket is open.
+  state.parts.clear();
   finished_ = true;
   Print(": closed");
 }

@@ -36,11 +36,14 @@ void Usage(FILE* out) {
           "  --no-front-replay    leave front_replay out of the ability list\n"
           "  --alarm-every N      send an alarm to every logged-in link each N seconds\n"
           "  --alarm-code N       Alarm_code of those alarms (default 1)\n"
+          "  --talk-save FILE     write the talk audio received to FILE\n"
           "faults:\n"
           "  --silent-login       never answer a login\n"
           "  --refuse-login[=F]   refuse every login with flag F (default -1)\n"
           "  --no-heartbeat       leave heartbeats unanswered\n"
           "  --delay-ms N         delay every reply by N milliseconds\n"
+          "  --no-talk            refuse every talk start as audio disabled (-3)\n"
+          "  --talk-refuse F      refuse every talk start with flag F (-1 busy, -2 parameters)\n"
           "  --quiet              print only the first line (and the RTSP line)\n"
           "live stream:\n"
           "  --rtsp-port N        also serve RTSP on port N (0: a free port, printed on\n"
@@ -97,7 +100,8 @@ int main(int argc, char** argv) {
   enum {
     kPort = 1000, kBind, kUser, kPassword, kSessionId, kConfig, kUserData, kNoFrontReplay,
     kAlarmEvery, kAlarmCode, kSilentLogin, kRefuseLogin, kNoHeartbeat, kDelayMs, kQuiet, kHelp,
-    kRtspPort, kRtspAudio, kRtspSize, kRtspSilentAfter, kRtspBitrate, kRtspPattern, kRtspShared
+    kRtspPort, kRtspAudio, kRtspSize, kRtspSilentAfter, kRtspBitrate, kRtspPattern, kRtspShared,
+    kTalkSave, kNoTalk, kTalkRefuse
   };
   static const option kOptions[] = {
       {"port", required_argument, nullptr, kPort},
@@ -123,6 +127,9 @@ int main(int argc, char** argv) {
       {"rtsp-bitrate", required_argument, nullptr, kRtspBitrate},
       {"rtsp-pattern", required_argument, nullptr, kRtspPattern},
       {"rtsp-shared", no_argument, nullptr, kRtspShared},
+      {"talk-save", required_argument, nullptr, kTalkSave},
+      {"no-talk", no_argument, nullptr, kNoTalk},
+      {"talk-refuse", required_argument, nullptr, kTalkRefuse},
       {nullptr, 0, nullptr, 0},
   };
 
@@ -134,6 +141,9 @@ int main(int argc, char** argv) {
   const char* config_path = nullptr;
   long rtsp_port = -1;
   qvemu::RtspOptions rtsp;
+  const char* talk_save = nullptr;
+  bool talk = true;
+  long talk_refuse = 0;
   int c;
   while ((c = getopt_long(argc, argv, "", kOptions, nullptr)) != -1) {
     bool ok = true;
@@ -186,6 +196,9 @@ int main(int argc, char** argv) {
         ok = ParseInt(optarg, 1, 86400000, &number);
         rtsp.silent_after_ms = static_cast<int>(number);
         break;
+      case kTalkSave: talk_save = optarg; break;
+      case kNoTalk: talk = false; break;
+      case kTalkRefuse: ok = ParseInt(optarg, -3, -1, &talk_refuse); break;
       default: ok = false;
     }
     if (!ok) {
@@ -221,6 +234,12 @@ int main(int argc, char** argv) {
   camera.SetLoginReply(login, static_cast<int>(refuse_flag));
   camera.SetHeartbeatReplies(heartbeat);
   camera.SetReplyDelayMs(static_cast<int>(delay_ms));
+  camera.SetTalkEnabled(talk);
+  camera.SetTalkRefusal(static_cast<int>(talk_refuse));
+  if (talk_save != nullptr && !camera.SetTalkSaveFile(talk_save)) {
+    fprintf(stderr, "quorvel-emu: cannot write %s\n", talk_save);
+    return 2;
+  }
   if (!camera.Start()) {
     fprintf(stderr, "quorvel-emu: cannot listen on %s:%u\n", options.bind_address.c_str(),
             options.port);
