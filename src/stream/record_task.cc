@@ -1,6 +1,7 @@
 #include "stream/record_task.h"
 
 #include <fcntl.h>
+#include <pthread.h>
 #include <strings.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -15,6 +16,7 @@
 #include "base/time_scale.h"
 #include "stream/avi_header.h"
 #include "stream/disk_space.h"
+#include "stream/ending_threads.h"
 
 namespace {
 
@@ -67,9 +69,12 @@ std::string WithSuffix(const std::string& name, const std::string& suffix) {
 
 }  // namespace
 
+std::atomic<int> CRecordTask::live_count_{0};
+
 CRecordTask::CRecordTask(const __STREAM_AV_PARAM* params, int max_file_seconds,
                          int duration_seconds, CGetFrameActionClass* sink, int stream_kind)
     : video_ring_(kRingSlots), audio_ring_(kRingSlots) {
+  ++live_count_;
   SetDebugClassName("CRecordTask");
   memset(&params_, 0, sizeof(params_));
   video_ring_.SetBufferName("record_video_inbuffer");
@@ -77,7 +82,10 @@ CRecordTask::CRecordTask(const __STREAM_AV_PARAM* params, int max_file_seconds,
   SetTaskParam(params, max_file_seconds, duration_seconds, sink, stream_kind);
 }
 
-CRecordTask::~CRecordTask() { Stop(); }
+CRecordTask::~CRecordTask() {
+  Stop();
+  --live_count_;
+}
 
 int CRecordTask::SetTaskParam(const __STREAM_AV_PARAM* params, int max_file_seconds,
                               int duration_seconds, CGetFrameActionClass* sink, int stream_kind) {
@@ -153,6 +161,32 @@ std::string CRecordTask::FreeSpaceFolder() {
 int CRecordTask::Start(int stack_size) { return CThreadClass::Start(stack_size); }
 
 int CRecordTask::Stop() { return Kill(-1); }
+
+void CRecordTask::Destroy(CRecordTask* task) {
+  if (task == nullptr) return;
+  if (task->IsRunning() && pthread_equal(task->Handle(), pthread_self())) {
+    task->delete_when_done_ = true;
+    ending_threads::Add();
+    task->Kill(0);  // lets the thread go; it sees the stop when the callback returns
+    return;
+  }
+  task->Stop();
+  delete task;
+}
+
+int CRecordTask::RunThread() {
+  int ret = CThreadClass::RunThread();
+  if (delete_when_done_) {
+    delete this;
+    ending_threads::Done();
+  }
+  return ret;
+}
+
+void CRecordTask::AdoptSink(std::unique_ptr<CGetFrameActionClass> sink) {
+  owned_sink_ = std::move(sink);
+  sink_ = owned_sink_.get();
+}
 
 void CRecordTask::SetClock(std::function<unsigned long()> clock) { clock_ = std::move(clock); }
 

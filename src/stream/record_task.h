@@ -40,6 +40,7 @@
 // movie list size ("movi" word and chunks).
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <functional>
@@ -72,6 +73,21 @@ class CRecordTask : public CThreadClass {
   int Start(int stack_size = 0) override;  // starts the record thread
   int Stop();  // stops and joins it; the open file is closed and renamed
   int Thread() override;
+  // Thread() and its bookkeeping; then destroys the task when Destroy was
+  // called on its own thread.
+  int RunThread() override;
+
+  // Stops the task and destroys it. From another thread this waits for the
+  // record thread. From the record thread itself (a host that stops the
+  // recording from the callback of a record event) it returns at once: the
+  // thread closes its file, reports the end and destroys the task.
+  static void Destroy(CRecordTask* task);
+
+  // Events go to `sink` (before Start); the task owns it.
+  void AdoptSink(std::unique_ptr<CGetFrameActionClass> sink);
+
+  // Record tasks alive in the process.
+  static int LiveCount() { return live_count_; }
 
   CRingBuffer* VideoRing() { return &video_ring_; }  // "record_video_inbuffer"
   CRingBuffer* AudioRing() { return &audio_ring_; }  // "record_audio_inbuffer"
@@ -163,4 +179,7 @@ class CRecordTask : public CThreadClass {
   std::string temp_name_;
   std::vector<std::string> finished_;
   std::function<unsigned long()> clock_;
+  std::unique_ptr<CGetFrameActionClass> owned_sink_;
+  bool delete_when_done_ = false;  // only touched on the record thread
+  static std::atomic<int> live_count_;
 };
