@@ -88,13 +88,14 @@ TEST_F(RecordLive, AFileNameRecordsOneFileUnderItsTemporaryNameFirst) {
   EXPECT_GE(rec.Count("00dc"), 40);
   EXPECT_GE(rec.Count("01wb"), 10);
   EXPECT_TRUE(StartsWithSps(rec)) << "the file starts at a key frame with its SPS";
-  EXPECT_EQ(rec.index.size(), rec.chunks.size());
+  ExpectSelfConsistent(rec);
   for (const StatusEvent& e : log_.Statuses()) {
     if (e.code >= 42 && e.code <= 49) {
       EXPECT_EQ(e.id, handle);
     }
   }
-  EXPECT_EQ(log_.StatusCount(EVENT_RECORD_FILEEND), 1);
+  EXPECT_EQ(log_.StatusCount(EVNET_RECORD_FILEBEGIN), 1);
+  EXPECT_EQ(log_.StatusCount(EVENT_RECORD_TASKEND), 1);
 }
 
 TEST_F(RecordLive, StoppingTheStreamEndsItsRecordingInADayFolder) {
@@ -105,12 +106,12 @@ TEST_F(RecordLive, StoppingTheStreamEndsItsRecordingInADayFolder) {
   ASSERT_EQ(IP_NET_DVR_StartRecord(handle, dir.c_str(), 300, 600), 0);
   ASSERT_TRUE(log_.WaitForStatus(EVNET_RECORD_FILEBEGIN, kWaitMs));
   EXPECT_EQ(IP_NET_DVR_StopRealPlay(handle), 0);
-  ASSERT_EQ(log_.StatusCount(EVENT_RECORD_FILEEND), 1);
+  ASSERT_EQ(log_.StatusCount(EVENT_RECORD_TASKEND), 1);
   std::string path;
   for (const StatusEvent& e : log_.Statuses()) {
-    if (e.code == EVENT_RECORD_FILEEND) path = e.text;
+    if (e.code == EVNET_RECORD_FILEBEGIN) path = e.text;
   }
-  ASSERT_TRUE(FileExists(path)) << path;
+  ASSERT_EQ(ListFiles(dir), std::vector<std::string>{path}) << "closed under its final name";
   EXPECT_EQ(path.compare(0, dir.size() + 1, dir + "/"), 0);
   EXPECT_NE(path.find("-av-1.avi"), std::string::npos) << "audio and video, main stream";
 }
