@@ -78,7 +78,32 @@ int CPTZControlClass::Reconnect() {
   if (link_thread_ == nullptr) return QV_E_NOT_LOGGED_IN;
   // The thread cannot stop and restart itself from inside its own callback.
   if (OnLinkThread()) return QV_E_THREAD;
+  std::lock_guard<std::mutex> restart(restart_mu_);
+  if (retired_) return QV_E_UNKNOWN_USER;
+  link_thread_->Kill(0);  // the thread object's Kill: stops and waits
+  // A callback of the old thread may have logged the session out.
+  if (retired_) return QV_E_UNKNOWN_USER;
   return link_thread_->Start(kThreadStack) == 0 ? 0 : QV_E_THREAD;
+}
+
+void CPTZControlClass::Pin() {
+  std::lock_guard<std::mutex> lock(pin_mu_);
+  ++pins_;
+}
+
+void CPTZControlClass::Unpin() {
+  std::lock_guard<std::mutex> lock(pin_mu_);
+  if (--pins_ == 0) pin_cv_.notify_all();
+}
+
+void CPTZControlClass::Shutdown() {
+  retired_ = true;
+  {
+    std::lock_guard<std::mutex> restart(restart_mu_);
+    Kill(-1);
+  }
+  std::unique_lock<std::mutex> lock(pin_mu_);
+  pin_cv_.wait(lock, [this] { return pins_ == 0; });
 }
 
 int CPTZControlClass::SetAutoReconnect(int on) {

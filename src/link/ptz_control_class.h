@@ -7,8 +7,12 @@
 // link thread posts to the owner (the session registry).
 #pragma once
 
+#include <netinet/in.h>
+
 #include <atomic>
+#include <condition_variable>
 #include <list>
+#include <mutex>
 #include <string>
 
 #include "base/bk_mutex.h"
@@ -42,8 +46,20 @@ class CPTZControlClass {
   // the start failure.
   int StartThread();
   // Starts the link thread again. -8999996 without a link thread, -8999990
-  // when it cannot start or when asked from the link thread itself.
+  // when it cannot start or when asked from the link thread itself,
+  // -9000002 when the session was logged out meanwhile. Waits for the old
+  // thread: call it pinned and without the registry lock, so that the
+  // thread's last callbacks may still use the registry.
   int Reconnect();
+  // Pinned, the session is not deleted (Shutdown waits) even while the
+  // registry lock is not held. Pin under the registry lock.
+  void Pin();
+  void Unpin();
+  // Teardown by the registry: MarkRetired when the session leaves the table
+  // (a restart in progress then starts nothing), Shutdown to stop and wait
+  // for every thread and for every pin, before deletion.
+  void MarkRetired() { retired_ = true; }
+  void Shutdown();
   int SetAutoReconnect(int on);  // 0
   int GetReplayAblity() const { return replay_ability_; }  // -1 unknown, 0 no, 1 yes
   int LinkStateValue() const { return link_state_; }
@@ -60,6 +76,8 @@ class CPTZControlClass {
   std::string AbilityList() const;
   // True on the session's own link thread (inside its callbacks).
   bool OnLinkThread() const;
+  // True on the link thread of any session.
+  static bool OnAnyLinkThread();
   // Ends the link thread's current receive wait, so that work queued for it
   // (a request, talk packets, upload data) goes out on its next turn at once.
   void WakeLinkThread() {}
@@ -140,6 +158,7 @@ class CPTZControlClass {
   // Connection phase: socket, options, connect, first login request.
   RoundResult ConnectPhase(char* request, int request_size);
   int OpenSocket();
+  in_addr_t ResolveHost();
   bool Connect(int sock);
   bool SendLogin(char* request, int request_size, bool first);
   // Main loop of one connected round; returns when the round ends.
@@ -184,6 +203,13 @@ class CPTZControlClass {
   long user_id_ = 0;
   int encrypt_ = 0;
   std::string key_;
+
+  // Restarts (Reconnect) and the final Shutdown one at a time; pins.
+  std::mutex restart_mu_;
+  std::atomic<bool> retired_{false};
+  std::mutex pin_mu_;
+  std::condition_variable pin_cv_;
+  int pins_ = 0;
 
   CThreadClass* audio_send_thread_ = nullptr;  // voice talk sender
   CThreadClass* file_send_thread_ = nullptr;   // file transport channel
