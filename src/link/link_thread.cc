@@ -43,6 +43,12 @@ bool Pop(std::list<CAuxMsgBuffer>& queue, CBkMutex& lock, CAuxMsgBuffer* out) {
 
 }  // namespace
 
+namespace {
+thread_local bool t_link_thread = false;
+}  // namespace
+
+bool CPTZControlClass::OnAnyLinkThread() { return t_link_thread; }
+
 bool CPTZControlClass::Running() { return link_thread_ != nullptr && link_thread_->IsRunning(); }
 
 long CPTZControlClass::PostStatus(long code, const char* fmt, ...) {
@@ -56,6 +62,7 @@ long CPTZControlClass::PostStatus(long code, const char* fmt, ...) {
 }
 
 int CPTZControlClass::LinkThread() {
+  t_link_thread = true;
   char label[300];
   snprintf(label, sizeof(label), "ipc[%s:%d]", host_.c_str(), static_cast<int>(port_));
   log_label_ = label;
@@ -154,16 +161,19 @@ bool CPTZControlClass::SendOneRequest(bool* sent) {
   QV_LOG("[%s:%d]%s from =%d\n\n", label, origin);
   QV_LOG("[%s:%d]%s:%d write xml\n", label, msg.length());
   *sent = true;
+  // An empty request is a bare header; a negative length cannot be
+  // followed by its payload and counts as a short send.
   int ret = framing_.send_with_header(sock_, msg.c_bytes(), msg.length(), kLinkTimeoutMs,
                                       msg.encrypted());
-  if (ret != msg.length() || msg.c_bytes() == nullptr) {
+  if (ret != msg.length() || (msg.length() > 0 && msg.c_bytes() == nullptr)) {
     // This line carries no function and line prefix.
     DebugLogLine(__FUNCTION__, __FILE__, __LINE__, "%s: send request failed, error code =%d",
                  label, kReportedErrorCode);
-    PostStatus(EVENT_SENDPTZERROR, "%s", "");
+    // Empty texts, not formatted: the last formatted text stays.
+    PostStatusMsg(EVENT_SENDPTZERROR, "");
     return false;
   }
-  PostStatus(EVENT_SENDPTZOK, "%s", "");
+  PostStatusMsg(EVENT_SENDPTZOK, "");
   return true;
 }
 
@@ -193,9 +203,9 @@ bool CPTZControlClass::ReceiveTurn() {
     return false;
   }
   if (n == 0) return true;
-  // A closed or reset peer reads as readable (the receive then fails); only
-  // urgent data alone counts as an exception.
-  if ((pfd.revents & (POLLIN | POLLERR | POLLHUP)) == 0) {
+  // Urgent data is the exception; a closed or reset peer reads as readable
+  // (the receive then fails).
+  if ((pfd.revents & POLLPRI) != 0 || (pfd.revents & (POLLIN | POLLERR | POLLHUP)) == 0) {
     PostStatus(EVENT_SOCKETERROR, "%s send auth request failed, error code =%d",
                log_label_.c_str(), kReportedErrorCode);
     return false;
