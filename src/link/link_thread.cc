@@ -26,7 +26,8 @@ const unsigned long kLoginResendMs = 5000;
 const unsigned long kHeartbeatMs = 10000;
 const unsigned long kHeartbeatWatchMs = 20000;
 const unsigned long kFirstReconnectPauseMs = 10;
-const int kReceiveSliceMs = 5;
+const int kReceiveSliceMs = 5;   // the turn without a wake-up descriptor
+const int kStopCheckMs = 300;    // longest receive wait
 
 enum Origin { kFromAction = 1, kFromAux = 2, kFromPtz = 3 };
 
@@ -190,22 +191,57 @@ bool CPTZControlClass::Heartbeat(char* request, int request_size) {
   return true;
 }
 
+bool CPTZControlClass::RequestsQueued() {
+  const std::pair<std::list<CAuxMsgBuffer>*, CBkMutex*> queues[] = {
+      {&action_queue_, &action_lock_}, {&ptz_queue_, &ptz_lock_}, {&aux_queue_, &aux_lock_}};
+  for (const auto& q : queues) {
+    q.second->Lock();
+    bool any = !q.first->empty();
+    q.second->Unlock();
+    if (any) return true;
+  }
+  return false;
+}
+
+int CPTZControlClass::TurnWaitMs() {
+  if (wake_fd_ < 0) return kReceiveSliceMs;
+  if (RequestsQueued()) return 0;
+  // The heartbeat watch ends the link right after this receive.
+  if (static_cast<long>(heartbeat_tick_ - last_recv_tick_) >
+      static_cast<long>(ScaledMs(kHeartbeatWatchMs))) {
+    return 0;
+  }
+  // The heartbeat (logged in) or the login resend (before) is due once more
+  // than its interval has passed.
+  unsigned long due = link_state_ == kLoggedIn ? heartbeat_tick_ + ScaledMs(kHeartbeatMs)
+                                               : login_send_tick_ + ScaledMs(kLoginResendMs);
+  long left = static_cast<long>(due + 1 - GetTickCount());
+  if (left <= 0) return 0;
+  return left < kStopCheckMs ? static_cast<int>(left) : kStopCheckMs;
+}
+
 bool CPTZControlClass::ReceiveTurn() {
-  struct pollfd pfd;
-  pfd.fd = sock_;
-  pfd.events = POLLIN | POLLPRI;
-  pfd.revents = 0;
-  int n = poll(&pfd, 1, kReceiveSliceMs);
+  // The socket and the wake-up descriptor: queued work, a stop or the
+  // camera's data end the wait.
+  struct pollfd pfd[2];
+  pfd[0].fd = sock_;
+  pfd[0].events = POLLIN | POLLPRI;
+  pfd[0].revents = 0;
+  pfd[1].fd = wake_fd_;
+  pfd[1].events = POLLIN;
+  pfd[1].revents = 0;
+  int n = poll(pfd, wake_fd_ >= 0 ? 2 : 1, TurnWaitMs());
   if (n < 0) {
     if (errno == EINTR) return true;
     PostStatus(EVENT_SOCKETERROR, "%s: select failed, error code=%d", log_label_.c_str(),
                kReportedErrorCode);
     return false;
   }
-  if (n == 0) return true;
+  if (wake_fd_ >= 0 && (pfd[1].revents & POLLIN) != 0) DrainWake();
+  if (pfd[0].revents == 0) return true;
   // Urgent data is the exception; a closed or reset peer reads as readable
   // (the receive then fails).
-  if ((pfd.revents & POLLPRI) != 0 || (pfd.revents & (POLLIN | POLLERR | POLLHUP)) == 0) {
+  if ((pfd[0].revents & POLLPRI) != 0 || (pfd[0].revents & (POLLIN | POLLERR | POLLHUP)) == 0) {
     PostStatus(EVENT_SOCKETERROR, "%s send auth request failed, error code =%d",
                log_label_.c_str(), kReportedErrorCode);
     return false;

@@ -80,7 +80,9 @@ class CPTZControlClass {
   static bool OnAnyLinkThread();
   // Ends the link thread's current receive wait, so that work queued for it
   // (a request, talk packets, upload data) goes out on its next turn at once.
-  void WakeLinkThread() {}
+  // Any thread may call it; the session's own queueing operations do. A step
+  // of the turn that leaves work for the next turn calls it as well.
+  void WakeLinkThread();
 
   void AuxMsgLock() { aux_lock_.Lock(); }
   void AuxMsgUnLock() { aux_lock_.Unlock(); }
@@ -168,6 +170,12 @@ class CPTZControlClass {
   bool PopRequest(CAuxMsgBuffer* out, int* origin);
   bool Heartbeat(char* request, int request_size);
   bool ReceiveTurn();
+  // How long this turn's receive may wait: 0 with work pending or a timer
+  // due, else until the loop's next deadline (heartbeat or login resend),
+  // at most 300 ms so that a stop is always seen in time.
+  int TurnWaitMs();
+  bool RequestsQueued();
+  void DrainWake();
   // Ends a round; false when the outer loop must end.
   bool EndRound();
   void ThreadExit();
@@ -214,6 +222,8 @@ class CPTZControlClass {
   CThreadClass* audio_send_thread_ = nullptr;  // voice talk sender
   CThreadClass* file_send_thread_ = nullptr;   // file transport channel
   CIpcLinkThread* link_thread_ = nullptr;
+
+  int wake_fd_ = -1;  // eventfd watched beside the socket
 
   std::list<CAuxMsgBuffer> ptz_queue_;
   std::list<CAuxMsgBuffer> aux_queue_;

@@ -64,6 +64,7 @@ int CPTZControlClass::Queue(std::list<CAuxMsgBuffer>& queue, CBkMutex& lock,
     ret = QV_E_NO_MEMORY;
   }
   lock.Unlock();
+  if (ret == 0) WakeLinkThread();
   return ret;
 }
 
