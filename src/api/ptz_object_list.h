@@ -9,7 +9,9 @@
 #pragma once
 
 #include <atomic>
+#include <condition_variable>
 #include <map>
+#include <mutex>
 
 #include "base/bk_mutex.h"
 #include "base/critical_section.h"
@@ -38,11 +40,14 @@ class CPTZObjectList {
   long Add(const char* ip, long port, const char* user, const char* password, long loginMode,
            long encrypt, const char* key);
   // Stores the session in the lowest free entry and starts it. The user ID,
-  // or -1 when all entries are taken.
+  // or -1 when all entries are taken. An entry whose logged-out session is
+  // still winding down is not free: its ID is not handed out before that
+  // session has posted its last event.
   long InsertItem(CPTZControlClass* session);
   // The session of id with the table lock held (detach != 0: the entry is
-  // cleared and the caller owns the session); null, lock released, for any
-  // ID that names no session (including every ID outside 1..128).
+  // cleared and the caller owns the session, which it must end with
+  // DestroySession); null, lock released, for any ID that names no session
+  // (including every ID outside 1..128).
   CPTZControlClass* FindObjectByID(long id, int detach);
   void ReleaseObjLock();
   // The first session whose address text ("ip:port") equals ipPort, with
@@ -51,8 +56,11 @@ class CPTZObjectList {
   // Logout: detaches under the lock, tears down outside it. 0 or -9000002.
   int Delete(long id);
   // Stops every session: mode 0 only asks; any other mode also waits for
-  // each and destroys it. 0.
+  // each and destroys it, and (except on a link thread) for the logouts
+  // still finishing on helper threads. 0.
   int ReleaseAll(int mode);
+  // Logouts made from a session's own callback that are still finishing.
+  int PendingLogouts();
   // id 0: the auto-reconnect default of later sessions (0); otherwise the
   // session's setting.
   int SetAutoReconnect(long id, int value);
@@ -118,13 +126,20 @@ class CPTZObjectList {
  private:
   template <typename Op>
   int Forward(long id, Op op);
-  // Kill(-1) and delete; from the session's own link thread (a callback
-  // that logs its device out) the teardown finishes on a helper thread.
+  // Stops, waits for and deletes a session that has left the table, then
+  // frees its entry. From the session's own link thread (a callback that
+  // logs its device out) this finishes on a helper thread.
   void DestroySession(CPTZControlClass* session);
+  void FreeEntry(long id);
+  void WaitForPendingLogouts();
 
   long message_window_ = 0;
   CPTZControlClass* table_[kMaxSessions] = {};
+  bool winding_down_[kMaxSessions] = {};  // entry left, session not yet gone
   CBkMutex table_lock_;
+  std::mutex pending_mu_;
+  std::condition_variable pending_cv_;
+  int pending_logouts_ = 0;
   int last_error_ = 0;
 
   QV_ExceptionCallBack exception_cb_ = nullptr;

@@ -7,8 +7,12 @@
 // link thread posts to the owner (the session registry).
 #pragma once
 
+#include <netinet/in.h>
+
 #include <atomic>
+#include <condition_variable>
 #include <list>
+#include <mutex>
 #include <string>
 
 #include "base/bk_mutex.h"
@@ -45,8 +49,20 @@ class CPTZControlClass {
   // the start failure.
   int StartThread();
   // Starts the link thread again. -8999996 without a link thread, -8999990
-  // when it cannot start or when asked from the link thread itself.
+  // when it cannot start or when asked from the link thread itself,
+  // -9000002 when the session was logged out meanwhile. Waits for the old
+  // thread: call it pinned and without the registry lock, so that the
+  // thread's last callbacks may still use the registry.
   int Reconnect();
+  // Pinned, the session is not deleted (Shutdown waits) even while the
+  // registry lock is not held. Pin under the registry lock.
+  void Pin();
+  void Unpin();
+  // Teardown by the registry: MarkRetired when the session leaves the table
+  // (a restart in progress then starts nothing), Shutdown to stop and wait
+  // for every thread and for every pin, before deletion.
+  void MarkRetired() { retired_ = true; }
+  void Shutdown();
   int SetAutoReconnect(int on);  // 0
   int GetReplayAblity() const { return replay_ability_; }  // -1 unknown, 0 no, 1 yes
   int LinkStateValue() const { return link_state_; }
@@ -66,9 +82,13 @@ class CPTZControlClass {
   std::string AbilityList() const;
   // True on the session's own link thread (inside its callbacks).
   bool OnLinkThread() const;
+  // True on the link thread of any session.
+  static bool OnAnyLinkThread();
   // Ends the link thread's current receive wait, so that work queued for it
   // (a request, talk packets, upload data) goes out on its next turn at once.
-  void WakeLinkThread() {}
+  // Any thread may call it; the session's own queueing operations do. A step
+  // of the turn that leaves work for the next turn calls it as well.
+  void WakeLinkThread();
 
   void AuxMsgLock() { aux_lock_.Lock(); }
   void AuxMsgUnLock() { aux_lock_.Unlock(); }
@@ -160,6 +180,7 @@ class CPTZControlClass {
   // Connection phase: socket, options, connect, first login request.
   RoundResult ConnectPhase(char* request, int request_size);
   int OpenSocket();
+  in_addr_t ResolveHost();
   bool Connect(int sock);
   bool SendLogin(char* request, int request_size, bool first);
   // Main loop of one connected round; returns when the round ends.
@@ -169,6 +190,12 @@ class CPTZControlClass {
   bool PopRequest(CAuxMsgBuffer* out, int* origin);
   bool Heartbeat(char* request, int request_size);
   bool ReceiveTurn();
+  // How long this turn's receive may wait: 0 with work pending or a timer
+  // due, else until the loop's next deadline (heartbeat or login resend),
+  // at most 300 ms so that a stop is always seen in time.
+  int TurnWaitMs();
+  bool RequestsQueued();
+  void DrainWake();
   // Ends a round; false when the outer loop must end.
   bool EndRound();
   void ThreadExit();
@@ -218,9 +245,18 @@ class CPTZControlClass {
   int encrypt_ = 0;
   std::string key_;
 
+  // Restarts (Reconnect) and the final Shutdown one at a time; pins.
+  std::mutex restart_mu_;
+  std::atomic<bool> retired_{false};
+  std::mutex pin_mu_;
+  std::condition_variable pin_cv_;
+  int pins_ = 0;
+
   CAudioThread* audio_send_thread_ = nullptr;  // voice talk sender
   CThreadClass* file_send_thread_ = nullptr;   // file transport channel
   CIpcLinkThread* link_thread_ = nullptr;
+
+  int wake_fd_ = -1;  // eventfd watched beside the socket
 
   std::list<CAuxMsgBuffer> ptz_queue_;
   std::list<CAuxMsgBuffer> aux_queue_;
