@@ -128,6 +128,8 @@ enum {
 
 #include "quorvel/records.h"
 #include "quorvel/config_types.h"
+#include "quorvel/config_alarm.h"
+#include "quorvel/config_system.h"
 #include "quorvel/config_document.h"
 #include "quorvel/stream_params.h"
 #include "quorvel/stream.h"
