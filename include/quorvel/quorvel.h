@@ -222,5 +222,6 @@ QV_API long IP_NET_DVR_SetReplayDataCallBack(QV_ReplayDataCallBack cb,
                                              void* user);
 
 #include "quorvel/device.h"
+#include "quorvel/config_exchange.h"
 
 #endif /* QUORVEL_QUORVEL_H */
