@@ -21,12 +21,6 @@
 #define QV_VIDEO_GATE_LINES 4     /* Line1 .. Line4 of VideoGate */
 #define QV_REGION_AI_RULES 3      /* Rule1 .. Rule3 of VideoRegionAi */
 
-/* A time of day, written "%2d:%2d:%2d" (blank-padded, for example " 8: 0: 0"). */
-typedef struct ConfigTime {
-  int Hour, Minute, Second;
-} ConfigTime;
-QV_STATIC_ASSERT(sizeof(ConfigTime) == 12, "ConfigTime layout");
-
 /* ---- actions (children of AlarmAction) ---------------------------- */
 
 /* One alarm output to drive (element OutputChannelAction). */
@@ -96,8 +90,8 @@ typedef struct MotionDetectAlarm {
   int DayNightSwitch;
   int NightSensitivity;
   int NightAlarmThreshold;
-  ConfigTime NightStartTime;
-  ConfigTime NightEndTime;
+  DayTime NightStartTime;     /* written "%2d:%2d:%2d", blank-padded */
+  DayTime NightEndTime;
   TimeSpanCfg TimeSpan;
   /* AlarmAction */
   int light_twinkle;

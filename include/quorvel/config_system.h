@@ -7,8 +7,7 @@
  * char arrays; readers keep at most size - 1 characters. Lists hold a count
  * and a fixed number of entries: readers keep the first entries up to the
  * capacity below and ignore the rest. Included from quorvel.h (needs
- * QV_STATIC_ASSERT, TimeSpanCfg and UserConfig from config_types.h and
- * ConfigTime from config_alarm.h).
+ * QV_STATIC_ASSERT, TimeSpanCfg, DayTime and UserConfig from config_types.h).
  */
 #ifndef QUORVEL_CONFIG_SYSTEM_H
 #define QUORVEL_CONFIG_SYSTEM_H
@@ -127,7 +126,7 @@ typedef struct MiscConfig {
 typedef struct MaintainConfig {
   int Enable;
   int Day;
-  ConfigTime Time;
+  DayTime Time;  /* written "%2d:%2d:%2d", blank-padded */
 } MaintainConfig;
 QV_STATIC_ASSERT(sizeof(MaintainConfig) == 20, "MaintainConfig layout");
 

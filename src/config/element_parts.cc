@@ -4,7 +4,7 @@
 
 namespace qvconfig {
 
-void ReadConfigTime(const char* value, ConfigTime* time) {
+void ReadDayTime(const char* value, DayTime* time) {
   time->Hour = time->Minute = time->Second = 0;
   if (value) sscanf(value, "%d:%d:%d", &time->Hour, &time->Minute, &time->Second);
 }
@@ -14,8 +14,8 @@ void ReadTimeAttrs(const IXML_Node* element, const TimeAttr* attrs, size_t count
   for (IXML_Node* a = FirstAttribute(element); a; a = NextAttribute(a)) {
     for (size_t i = 0; i < count; ++i) {
       if (strcmp(attrs[i].name, AttributeName(a)) != 0) continue;
-      ConfigTime t;
-      ReadConfigTime(NodeBytes(AttributeValue(a)).c_str(), &t);
+      DayTime t;
+      ReadDayTime(NodeBytes(AttributeValue(a)).c_str(), &t);
       memcpy(static_cast<char*>(record) + attrs[i].offset, &t, sizeof(t));
     }
   }
@@ -24,7 +24,7 @@ void ReadTimeAttrs(const IXML_Node* element, const TimeAttr* attrs, size_t count
 void WriteTimeAttrs(XmlWriter& out, const TimeAttr* attrs, size_t count,
                     const void* record, const char* sep) {
   for (size_t i = 0; i < count; ++i) {
-    ConfigTime t;
+    DayTime t;
     memcpy(&t, static_cast<const char*>(record) + attrs[i].offset, sizeof(t));
     out.Append("%s=\"%2d:%2d:%2d\"%s", attrs[i].name, t.Hour, t.Minute, t.Second, sep);
   }

@@ -20,12 +20,12 @@ namespace qvconfig {
 // 0), written "%2d:%2d:%2d" (blank-padded).
 struct TimeAttr {
   const char* name;
-  unsigned offset;  // of the ConfigTime member in the record
+  unsigned offset;  // of the DayTime member in the record
 };
 #define TIME_ATTR(Rec, member, name) \
   qvconfig::TimeAttr { name, static_cast<unsigned>(offsetof(Rec, member)) }
 
-void ReadConfigTime(const char* value, ConfigTime* time);
+void ReadDayTime(const char* value, DayTime* time);
 void ReadTimeAttrs(const IXML_Node* element, const TimeAttr* attrs, size_t count,
                    void* record);
 void WriteTimeAttrs(XmlWriter& out, const TimeAttr* attrs, size_t count,

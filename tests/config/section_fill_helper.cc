@@ -30,7 +30,7 @@ class Filler {
     unsigned* days[] = {&t.day0, &t.day1, &t.day2, &t.day3, &t.day4, &t.day5, &t.day6};
     for (unsigned* d : days) *d = 0xFFFFFFu - static_cast<unsigned>(++n_);
   }
-  void operator()(ConfigTime& t) {
+  void operator()(DayTime& t) {
     t.Hour = ++n_ % 24;
     t.Minute = ++n_ % 60;
     t.Second = ++n_ % 60;

@@ -103,7 +103,7 @@ const ExchangeRows kRows({
         IP_NET_DVR_Alarm_getMotionDetectByXml, IP_NET_DVR_XMLGET_MDAlarmConfig,
         IP_NET_DVR_SET_MotionDetectAlarm, [](MotionDetectAlarm* c) {
           c->Sensitivity = 5;
-          c->NightStartTime = ConfigTime{19, 30, 0};
+          c->NightStartTime = DayTime{19, 30, 0};
           Set(c->PTZ.ActionType, "PositionLoop");
         }),
     MakeRow<VideoCoverAlarm>("VideoCoverAlarm", 803, 823, IP_NET_DVR_GET_VideoCoverAlarm,
