@@ -130,6 +130,7 @@ enum {
 #include "quorvel/config_types.h"
 #include "quorvel/config_alarm.h"
 #include "quorvel/config_system.h"
+#include "quorvel/config_media.h"
 #include "quorvel/config_document.h"
 #include "quorvel/stream_params.h"
 #include "quorvel/stream.h"
