@@ -241,6 +241,9 @@ uint64_t Camera::SkippedBytes() const { return impl_->skipped_bytes_; }
 int Camera::BadLengths() const { return impl_->bad_lengths_; }
 
 std::string Camera::ConfigDocument() const { return impl_->behaviour_.ConfigDocument(); }
+void Camera::SetConfigListener(std::function<void(long, const IPCConfig&)> listener) {
+  impl_->behaviour_.SetConfigListener(std::move(listener));
+}
 bool Camera::SetConfigDocument(const std::string& xml) {
   return impl_->behaviour_.SetConfigDocument(xml);
 }
