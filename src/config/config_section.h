@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstring>
 
+#include "config/config_print.h"
 #include "config/config_xml.h"
 #include "config/xml_fields.h"
 #include "config/xml_writer.h"
@@ -27,7 +28,7 @@ int ReadRecordByXml(const char* func, Rec* cfg, const char* xml, const char* tag
   if (!cfg) return -1;
   ConfigXml doc;
   if (!doc.Parse(xml)) {
-    printf("[%s:%u]xml error\r\n\n", func, static_cast<unsigned>(__LINE__));
+    if (ConfigMessages()) printf("[%s:%u]xml error\r\n\n", func, static_cast<unsigned>(__LINE__));
     return -1;
   }
   const IXML_Node* node = doc.First(tag);

@@ -251,6 +251,9 @@ TalkStats Camera::Talk() const { return impl_->talk_.Stats(); }
 void Camera::ClearTalk() { impl_->talk_.Clear(); }
 
 std::string Camera::ConfigDocument() const { return impl_->behaviour_.ConfigDocument(); }
+void Camera::SetConfigListener(std::function<void(long, const IPCConfig&)> listener) {
+  impl_->behaviour_.SetConfigListener(std::move(listener));
+}
 bool Camera::SetConfigDocument(const std::string& xml) {
   return impl_->behaviour_.SetConfigDocument(xml);
 }

@@ -20,6 +20,8 @@
 #include <string>
 #include <vector>
 
+#include "quorvel/quorvel.h"
+
 namespace qvemu {
 
 struct CameraOptions {
@@ -127,6 +129,10 @@ class Camera {
   // Replaces the document; false (keeping the old one) when the text does
   // not parse or its root is neither IPCConfig nor VEXORAConfig.
   bool SetConfigDocument(const std::string& xml);
+  // Called on the link's thread after a configuration set (code) changed the
+  // configuration, with the whole record as it now is; it must not call
+  // back into the camera.
+  void SetConfigListener(std::function<void(long code, const IPCConfig& cfg)> listener);
 
   Camera(const Camera&) = delete;
   Camera& operator=(const Camera&) = delete;

@@ -73,6 +73,9 @@ class CameraBehaviour {
   int Logins() const;
   std::string ConfigDocument() const;
   bool SetConfigDocument(const std::string& xml);
+  // Called, with the lock held, after a configuration set changed a section.
+  using ConfigListener = std::function<void(long code, const IPCConfig& cfg)>;
+  void SetConfigListener(ConfigListener listener);
   time_t CameraNow() const;  // the camera's wall clock
 
  private:
@@ -106,6 +109,7 @@ class CameraBehaviour {
   int logins_ = 0;
 
   ConfigStore config_;
+  ConfigListener config_listener_;
   std::string initial_config_;  // what a restore (code 1002) goes back to
   time_t clock_offset_ = 0;     // camera clock minus the host's UTC clock
   std::string day_night_ = "DayMode";

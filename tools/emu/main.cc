@@ -12,10 +12,15 @@
 #include <sstream>
 #include <string>
 
+#include <atomic>
+#include <mutex>
+
 #include "base/compat.h"
+#include "config/config_print.h"
 #include "emu/camera.h"
 #include "emu/config_store.h"
 #include "emu/rtsp_server.h"
+#include "emu/rtsp_settings.h"
 
 namespace {
 
@@ -133,6 +138,8 @@ int main(int argc, char** argv) {
       {nullptr, 0, nullptr, 0},
   };
 
+  // The configuration model's own messages would mix into the camera's output.
+  qvconfig::SetConfigMessages(false);
   qvemu::CameraOptions options;
   options.verbose = true;
   qvemu::LoginReply login = qvemu::LoginReply::Accept;
@@ -257,6 +264,19 @@ int main(int argc, char** argv) {
     }
     printf("quorvel-emu rtsp on 127.0.0.1:%d\n", rtsp_server.Port());
   }
+  // A configuration set that changes the stream settings restarts the RTSP
+  // server with them, on the same port, from the main loop.
+  std::mutex rtsp_mu;
+  qvemu::RtspOptions rtsp_next = rtsp;
+  std::atomic<bool> rtsp_changed{false};
+  if (rtsp_port >= 0) {
+    camera.SetConfigListener([&](long code, const IPCConfig& cfg) {
+      if (!qvemu::SetCodeTouchesRtsp(code)) return;
+      std::lock_guard<std::mutex> hold(rtsp_mu);
+      rtsp_next = qvemu::RtspOptionsFromConfig(cfg, rtsp_next, options.user, options.password);
+      rtsp_changed = true;
+    });
+  }
   if (options.verbose) {
     printf("login: user \"%s\", password \"%s\"; stop with Ctrl-C\n", options.user.c_str(),
            options.password.c_str());
@@ -267,6 +287,19 @@ int main(int argc, char** argv) {
   unsigned alarms = 0;
   while (!g_stop) {
     SleepMs(100);
+    if (rtsp_changed.exchange(false)) {
+      std::lock_guard<std::mutex> hold(rtsp_mu);
+      int port = rtsp_server.Port();
+      rtsp_server.Stop();
+      if (!rtsp_server.Start(rtsp_next, port)) {
+        fprintf(stderr, "quorvel-emu: cannot serve RTSP on 127.0.0.1:%d again\n", port);
+      } else if (options.verbose) {
+        printf("rtsp restarted: %dx%d, %d fps, %d kbit/s, %s\n", rtsp_next.width,
+               rtsp_next.height, rtsp_next.fps, rtsp_next.bitrate_kbps,
+               rtsp_next.user.empty() ? "no authentication" : "authentication");
+        fflush(stdout);
+      }
+    }
     if (alarm_every > 0 && GetTickCount() >= next_alarm) {
       next_alarm += static_cast<unsigned long>(alarm_every) * 1000;
       camera.SendAlarm({AlarmNow(static_cast<int>(alarm_code), ++alarms)});
