@@ -133,7 +133,7 @@ int CPTZObjectList::Delete(long id) {
 }
 
 int CPTZObjectList::ReleaseAll(int mode) {
-  // LAN discovery, when present, is stopped here before and after.
+  search_.StopSearch();
   std::vector<CPTZControlClass*> detached;
   table_lock_.Lock();
   for (CPTZControlClass* session : table_) {
@@ -150,6 +150,7 @@ int CPTZObjectList::ReleaseAll(int mode) {
   // The sessions are waited for outside the lock, so that a callback of a
   // stopping session may still call into the registry.
   for (CPTZControlClass* session : detached) DestroySession(session);
+  search_.StopSearch();
   return 0;
 }
 
