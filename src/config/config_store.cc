@@ -153,9 +153,11 @@ std::string CurrentConfigPath() {
   return CONFIG_FILE_PATH();
 }
 
+// After a replaced section, everything but printable ASCII is skipped (line
+// ends, tabs, and bytes from 0x7F up).
 bool IsSkippedAfterSection(char c) {
   unsigned char b = static_cast<unsigned char>(c);
-  return b < 0x20 || b == 0x7F;
+  return b < 0x20 || b >= 0x7F;
 }
 
 }  // namespace
@@ -180,7 +182,11 @@ bool BuildConfigDocument(const IPCConfig* cfg, std::string* text) {
         }
         size_t n = strnlen(kept->text, sizeof(kept->text) - 1);
         if (kept->length < n) n = kept->length;
-        if (n == 0) break;
+        if (n == 0) {
+          // Every section is written: one the record lacks is empty.
+          out.Append("<%s>\r\n</%s>\r\n", s.tag, s.tag);
+          break;
+        }
         out.AppendBytes(kept->text, n);
         out.Append("\r\n");
         break;

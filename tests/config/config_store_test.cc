@@ -142,9 +142,30 @@ TEST_F(ConfigDocument, FilledRecordRoundTripsThroughTheConfigurationFile) {
   ASSERT_EQ(SetConfigToXML(cfg.get()), 0);
   auto back = NewConfig();
   ASSERT_EQ(GetConfigFromXml(back.get()), 0);
-  EXPECT_EQ(memcmp(cfg.get(), back.get(), sizeof(IPCConfig)), 0);
-  std::string saved = ReadFile(path_);
-  EXPECT_EQ(Count(saved, "<SystemConfig"), 0u);  // absent sections stay absent
+  EXPECT_EQ(memcmp(&cfg->network, &back->network, sizeof(NetworkConfig)), 0);
+  EXPECT_STREQ(back->version.Version, cfg->version.Version);
+  EXPECT_STREQ(back->alarm.text, alarm);
+}
+
+TEST_F(ConfigDocument, AFreshRecordSavesEverySectionInOrder) {
+  std::unique_ptr<IPCConfig> cfg(new IPCConfig());
+  std::string saved_path = dir_ / "fresh.xml";
+  ASSERT_EQ(SetConfigToXML_Ex(cfg.get(), saved_path.c_str()), 0);
+  std::string saved = ReadFile(saved_path);
+  const char* order[] = {"<ConfigVersion",    "<SystemConfig>",   "<NetworkConfig>",
+                         "<ServerConfig>",    "<MediaConfig>",    "<MediaStreamConfig>",
+                         "<PlatformConfig>",  "<GB28181Config>",  "<RecordConfig>",
+                         "<AlarmConfig>",     "</IPCConfig> \n"};
+  size_t at = 0;
+  for (const char* tag : order) {
+    size_t found = saved.find(tag, at);
+    ASSERT_NE(found, std::string::npos) << tag << " in\n" << saved;
+    EXPECT_EQ(Count(saved, tag), 1u) << tag;
+    at = found;
+  }
+  int valid = 0;
+  EXPECT_EQ(CheckUserConfigFileValidity(saved_path.c_str(), &valid), 0);
+  EXPECT_EQ(valid, 1);
 }
 
 TEST_F(ConfigDocument, WrittenFormWithCarriageReturnsAsBlanks) {
@@ -412,6 +433,9 @@ TEST(SectionSplice, SpansAndSkippedLineEnds) {
   std::string out;
   ASSERT_TRUE(SpliceSection("<R>\n<A>\n<x/>\n</A>\r\n\t<B/></R>", "A", "<A/>\r\n", &out));
   EXPECT_EQ(out, "<R>\n<A/>\r\n<B/></R>");
+  // Bytes from 0x7F up are not printable either.
+  ASSERT_TRUE(SpliceSection("<R><A>x</A>\xA1\x7F <B/></R>", "A", "<A/>", &out));
+  EXPECT_EQ(out, "<R><A/> <B/></R>");
   ASSERT_TRUE(SpliceSection("<VEXORAConfig><B/></VEXORAConfig>", "A", "<A/>", &out));
   EXPECT_EQ(out, "<VEXORAConfig><B/><A/></VEXORAConfig>");
   EXPECT_FALSE(SpliceSection("<R><A></R>", "A", "<A/>", &out));
