@@ -87,9 +87,9 @@ TEST_F(ProbeLan, TheHostsSettingsComeFromItsInterfaceAndFiles) {
         << f.index;
     EXPECT_STREQ(buffer, f.text) << f.index;
   }
-  char small[9];
-  EXPECT_EQ(IP_NET_DVR_GetNetworkParam(5, small, sizeof(small)), QV_E_BUFFER_TOO_SMALL);
-  EXPECT_EQ(IP_NET_DVR_GetNetworkParam(5, small, 10), 9);  // size above the length is enough
+  char exact[10];  // "10.90.5.1" and its terminator
+  EXPECT_EQ(IP_NET_DVR_GetNetworkParam(5, exact, 9), QV_E_BUFFER_TOO_SMALL);
+  EXPECT_EQ(IP_NET_DVR_GetNetworkParam(5, exact, sizeof(exact)), 9);
   SetRouteTablePath(nullptr);
   SetResolverPath(nullptr);
 }
