@@ -11,6 +11,7 @@
 #include <string>
 
 #include "config/config_files_helper.h"
+#include "config/media_fill_helper.h"
 #include "config/network_fill_helper.h"
 #include "config/network_sections.h"
 
@@ -43,12 +44,11 @@ void Replace(std::string* text, const std::string& from, const std::string& to) 
     text->replace(at, from.size(), to);
 }
 
-// Sections of other modules, kept as text.
+// Sections without a typed record yet, kept as text.
 const std::pair<const char*, ConfigSectionText IPCConfig::*> kKept[] = {
-    {"SystemConfig", &IPCConfig::system},   {"ServerConfig", &IPCConfig::server},
-    {"MediaConfig", &IPCConfig::media},     {"MediaStreamConfig", &IPCConfig::mediaStream},
+    {"SystemConfig", &IPCConfig::system},     {"ServerConfig", &IPCConfig::server},
     {"PlatformConfig", &IPCConfig::platform}, {"GB28181Config", &IPCConfig::gb28181},
-    {"RecordConfig", &IPCConfig::record},   {"AlarmConfig", &IPCConfig::alarm}};
+    {"RecordConfig", &IPCConfig::record},     {"AlarmConfig", &IPCConfig::alarm}};
 
 class ConfigDocument : public testing::Test {
  protected:
@@ -88,6 +88,20 @@ TEST_F(ConfigDocument, LoadsEverySection) {
   EXPECT_STREQ(net.G3.SMSC, "+8613800000001");
   EXPECT_EQ(net.PPTP.MTU, 1400);
   EXPECT_STREQ(net.P2P.Authcode, "ABCDEF123456");
+  const VideoConfig& video = cfg->media.Video;
+  EXPECT_EQ(video.Capture.Brightness, 61);
+  EXPECT_EQ(video.Capture.WDRValue, 200);
+  EXPECT_EQ(video.Capture.IrcutNightEndTime.Hour, 8);
+  EXPECT_EQ(video.Encode.Stream[1].IsH265, 1);
+  EXPECT_EQ(video.Encode.Stream[2].FrameRate, 15);
+  EXPECT_STREQ(video.Overlay.Title.Title, "\xD6\xD0 gate & door");
+  EXPECT_EQ(video.UserOverlay.Count, 2);
+  EXPECT_STREQ(video.UserOverlay.UserOSD[1].TitleUtf8, "line two");
+  EXPECT_STREQ(cfg->media.Audio.Encode.EncodeType, "G711A");
+  const StreamAccessConfig& access = cfg->mediaStream.StreamAccess;
+  EXPECT_EQ(access.hik_port, 8100);
+  EXPECT_STREQ(access.rtmp_server, "rtmp://push.example/live");
+  EXPECT_EQ(access.Rtmp.TimeSpan.day1, 255u);
   // Sections of other modules are kept exactly as the file holds them.
   for (const auto& k : kKept) {
     SCOPED_TRACE(k.first);
@@ -134,6 +148,8 @@ TEST_F(ConfigDocument, FilledRecordRoundTripsThroughTheConfigurationFile) {
   auto cfg = NewConfig();
   memset(cfg.get(), 0, sizeof(IPCConfig));
   FillNetworkConfig(&cfg->network);
+  FillMediaConfig(&cfg->media);
+  FillMediaStreamConfig(&cfg->mediaStream);
   strcpy(cfg->version.Version, "v\"1&2");
   const char alarm[] = "<AlarmConfig><AudioAlarm enable_lsd=\"1\"/></AlarmConfig>";
   strcpy(cfg->alarm.text, alarm);
@@ -143,6 +159,8 @@ TEST_F(ConfigDocument, FilledRecordRoundTripsThroughTheConfigurationFile) {
   auto back = NewConfig();
   ASSERT_EQ(GetConfigFromXml(back.get()), 0);
   EXPECT_EQ(memcmp(&cfg->network, &back->network, sizeof(NetworkConfig)), 0);
+  EXPECT_EQ(memcmp(&cfg->media, &back->media, sizeof(MediaConfig)), 0);
+  EXPECT_EQ(memcmp(&cfg->mediaStream, &back->mediaStream, sizeof(MediaStreamConfig)), 0);
   EXPECT_STREQ(back->version.Version, cfg->version.Version);
   EXPECT_STREQ(back->alarm.text, alarm);
 }
