@@ -225,5 +225,6 @@ QV_API long IP_NET_DVR_SetReplayDataCallBack(QV_ReplayDataCallBack cb,
 #include "quorvel/device.h"
 #include "quorvel/voice.h"
 #include "quorvel/config_exchange.h"
+#include "quorvel/discovery.h"
 
 #endif /* QUORVEL_QUORVEL_H */

@@ -169,7 +169,7 @@ int CPTZObjectList::Delete(long id) {
 }
 
 int CPTZObjectList::ReleaseAll(int mode) {
-  // LAN discovery, when present, is stopped here before and after.
+  search_.StopSearch();
   std::vector<CPTZControlClass*> detached;
   table_lock_.Lock();
   for (CPTZControlClass* session : table_) {
@@ -188,6 +188,7 @@ int CPTZObjectList::ReleaseAll(int mode) {
   // The sessions are waited for outside the lock, so that a callback of a
   // stopping session may still call into the registry.
   for (CPTZControlClass* session : detached) DestroySession(session);
+  search_.StopSearch();
   if (mode != 0) WaitForPendingLogouts();
   return 0;
 }

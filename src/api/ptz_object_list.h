@@ -15,6 +15,7 @@
 
 #include "base/bk_mutex.h"
 #include "base/critical_section.h"
+#include "discovery/search_ipc.h"
 #include "quorvel/quorvel.h"
 
 class CPTZControlClass;
@@ -120,6 +121,9 @@ class CPTZObjectList {
   int SnapPic(long id, int stream, int quality, const char* path, int timeout_ms);
   int ExchangeEncrypt(long id);
 
+  // LAN discovery, which lives and dies with the registry.
+  CCSearchIPC& Search() { return search_; }
+
   int LastError() const { return last_error_; }
   int SessionCount() const { return session_count_; }
 
@@ -157,6 +161,7 @@ class CPTZObjectList {
   CRITICAL_SECTION talk_lock_;
   int auto_reconnect_default_ = -1;
   std::atomic<int> session_count_{0};
+  CCSearchIPC search_;
 };
 
 extern CPTZObjectList ObjectPtzList;
