@@ -220,5 +220,6 @@ QV_API long IP_NET_DVR_SetReplayDataCallBack(QV_ReplayDataCallBack cb,
                                              void* user);
 
 #include "quorvel/device.h"
+#include "quorvel/files.h"
 
 #endif /* QUORVEL_QUORVEL_H */

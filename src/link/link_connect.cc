@@ -15,6 +15,7 @@
 
 #include "base/compat.h"
 #include "base/debug_log.h"
+#include "link/host_address.h"
 #include "link/ipc_link_thread.h"
 #include "link/ptz_control_class.h"
 #include "link/xml_request.h"
@@ -29,9 +30,9 @@ const unsigned long kConnectTimeoutMs = 5000;
 const int kConnectSliceMs = 300;
 const int kLinkTimeoutMs = 5000;
 
-// The address to connect to: dotted text directly, else the first IPv4
-// address of the name, else whatever inet_addr makes of the text.
-in_addr_t Resolve(const std::string& host) {
+}  // namespace
+
+in_addr_t ResolveHostAddress(const std::string& host) {
   in_addr_t addr = inet_addr(host.c_str());
   if (addr != INADDR_NONE) return addr;
   struct addrinfo hints;
@@ -51,6 +52,8 @@ in_addr_t Resolve(const std::string& host) {
   QV_LOG("[%s:%d]host %s ip str=%s\n", host.c_str(), text);
   return addr;
 }
+
+namespace {
 
 int SocketError(int sock) {
   int err = 0;
@@ -115,7 +118,7 @@ bool CPTZControlClass::Connect(int sock) {
   memset(&peer, 0, sizeof(peer));
   peer.sin_family = AF_INET;
   peer.sin_port = htons(static_cast<uint16_t>(port_));
-  peer.sin_addr.s_addr = Resolve(host_);
+  peer.sin_addr.s_addr = ResolveHostAddress(host_);
   int flags = fcntl(sock, F_GETFL, 0);
   fcntl(sock, F_SETFL, flags | O_NONBLOCK);
 

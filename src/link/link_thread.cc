@@ -15,6 +15,7 @@
 #include "link/message_readers.h"
 #include "link/ptz_control_class.h"
 #include "link/xml_request.h"
+#include "transfer/file_transport_thread.h"
 
 namespace {
 
@@ -98,7 +99,8 @@ void CPTZControlClass::MainLoop(char* request, int request_size) {
         return;
       }
     }
-    // Talk packets and file-transfer upkeep join the turn here.
+    // Talk packets join the turn here.
+    FileTransferUpkeep(sent);
     if (!ReceiveTurn()) return;
     long silent = static_cast<long>(heartbeat_tick_ - last_recv_tick_);
     if (silent > static_cast<long>(ScaledMs(kHeartbeatWatchMs))) {

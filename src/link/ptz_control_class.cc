@@ -9,6 +9,7 @@
 #include "base/compat.h"
 #include "base/debug_log.h"
 #include "link/ipc_link_thread.h"
+#include "transfer/file_transport_thread.h"
 
 namespace {
 
@@ -41,6 +42,8 @@ CPTZControlClass::~CPTZControlClass() {
   delete file_send_thread_;
   delete link_thread_;
   free(user_data_);
+  delete[] upload_packet_;
+  if (transfer_.file != nullptr) fclose(transfer_.file);
   aux_queue_.clear();
   ptz_queue_.clear();
   action_queue_.clear();

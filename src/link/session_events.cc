@@ -14,6 +14,9 @@
 namespace {
 
 const long kUserDataCode = 1034;
+const long kUploadReplyCode = 1022;
+const long kDownloadReplyCode = 1023;
+const long kSnapFileType = 1;
 const int kSnapReadyAlarm = 23;
 const size_t kRemoteNameMax = 255;
 
@@ -33,6 +36,9 @@ long CPTZControlClass::PostPTZResponseMsg(long code, long flag, const char* body
 }
 
 long CPTZControlClass::PostAuxResponseMsg(long code, long flag, const char* body) {
+  if (code == kUploadReplyCode || code == kDownloadReplyCode) {
+    return OnTransferReply(code, flag, body);
+  }
   if (code == kUserDataCode) {
     // The camera's user data, as pairs of hexadecimal digits. The length is
     // written last: GetUserData waits for it.
@@ -80,9 +86,6 @@ long CPTZControlClass::PostAlarmMsg(ALARM_ENTRY* entry) {
   return owner_->PostAlarmMsg(this, entry);
 }
 
-// The picture travels over the file transport channel, which this build
-// does not have: a ready snapshot ends the wait with "not supported".
-int CPTZControlClass::StartSnapshotDownload(const char* remote, const char*) {
-  QV_LOG("[%s:%d]%s: no file channel to fetch %s\n", log_label_.c_str(), remote);
-  return QV_E_UNSUPPORTED;
+int CPTZControlClass::StartSnapshotDownload(const char* remote, const char* local) {
+  return DownloadFile(kSnapFileType, remote, local);
 }

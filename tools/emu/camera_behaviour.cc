@@ -51,6 +51,7 @@ CameraBehaviour::CameraBehaviour(const CameraOptions& options)
       std::bind(&CameraBehaviour::OnConfigSet, this, _1, _2, _3);
   type_handlers_["SYSTEM_ENCRYPT_MESSAGE"] =
       std::bind(&CameraBehaviour::OnEncrypt, this, _1, _2, _3);
+  type_handlers_["MEDIA_DATA_MESSAGE"] = std::bind(&CameraBehaviour::OnMediaData, this, _1, _2, _3);
   AddControlHandlers();
 }
 
@@ -146,6 +147,12 @@ void CameraBehaviour::OnEncrypt(LinkState*, const ReceivedFrame& f, std::vector<
                             "\"/>"));
 }
 
+void CameraBehaviour::OnMediaData(LinkState* link, const ReceivedFrame& f,
+                                  std::vector<Reply>* out) {
+  auto handler = media_handlers_.find(atol(f.code.c_str()));
+  if (handler != media_handlers_.end()) handler->second(link, f, out);
+}
+
 void CameraBehaviour::AddControlHandlers() {
   // Codes whose reply is a plain acknowledgement; the log keeps what happened.
   const std::map<long, const char*> acknowledged = {
@@ -235,6 +242,22 @@ void CameraBehaviour::SetTypeHandler(const std::string& type, Handler handler) {
 void CameraBehaviour::SetControlHandler(long code, Handler handler) {
   std::lock_guard<std::mutex> lock(mu_);
   control_handlers_[code] = std::move(handler);
+}
+
+void CameraBehaviour::SetMediaDataHandler(long code, Handler handler) {
+  std::lock_guard<std::mutex> lock(mu_);
+  media_handlers_[code] = std::move(handler);
+}
+
+std::string CameraBehaviour::ConfigDocumentLocked() const { return config_.Text(); }
+
+bool CameraBehaviour::SetConfigDocumentLocked(const std::string& xml) { return config_.Load(xml); }
+
+time_t CameraBehaviour::CameraNowLocked() const { return time(nullptr) + clock_offset_; }
+
+void CameraBehaviour::AddNote(const std::string& text) {
+  std::lock_guard<std::mutex> lock(mu_);
+  Note(text);
 }
 
 void CameraBehaviour::SetLoginReply(LoginReply mode, int refuse_flag) {

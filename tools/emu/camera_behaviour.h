@@ -21,13 +21,18 @@ namespace qvemu {
 
 // One message the camera sends back.
 struct Reply {
+  Reply() = default;
+  Reply(std::string t, std::string c, std::string f, std::string b)
+      : type(std::move(t)), code(std::move(c)), flag(std::move(f)), body(std::move(b)) {}
   std::string type, code, flag, body;
+  std::function<void()> after_sent;  // runs once the reply went out whole (may be empty)
 };
 
 // What a link knows about itself; handlers may change logged_in.
 struct LinkState {
   int connection = 0;
   bool logged_in = false;
+  int pause_reading_ms = 0;  // set by a handler: the link reads nothing more for this long
 };
 
 class CameraBehaviour {
@@ -45,6 +50,17 @@ class CameraBehaviour {
 
   void SetTypeHandler(const std::string& type, Handler handler);
   void SetControlHandler(long code, Handler handler);
+  // MEDIA_DATA_MESSAGE frames by Msg_code (file data, stop, talk audio).
+  void SetMediaDataHandler(long code, Handler handler);
+
+  // For handlers, which run with the lock held: the camera's log, its
+  // configuration document and its clock.
+  void NoteLocked(const std::string& text) { Note(text); }
+  std::string ConfigDocumentLocked() const;
+  bool SetConfigDocumentLocked(const std::string& xml);
+  time_t CameraNowLocked() const;
+  // One entry of the camera's log, from any other thread.
+  void AddNote(const std::string& text);
 
   // Settings and faults (see Camera).
   void SetLoginReply(LoginReply mode, int refuse_flag);
@@ -71,6 +87,7 @@ class CameraBehaviour {
   void OnConfigGet(LinkState* link, const ReceivedFrame& f, std::vector<Reply>* out);
   void OnConfigSet(LinkState* link, const ReceivedFrame& f, std::vector<Reply>* out);
   void OnEncrypt(LinkState* link, const ReceivedFrame& f, std::vector<Reply>* out);
+  void OnMediaData(LinkState* link, const ReceivedFrame& f, std::vector<Reply>* out);
   void AddControlHandlers();
   void Note(const std::string& text);  // one entry of the camera's log
 
@@ -78,6 +95,7 @@ class CameraBehaviour {
   mutable std::mutex mu_;
   std::map<std::string, Handler> type_handlers_;
   std::map<long, Handler> control_handlers_;
+  std::map<long, Handler> media_handlers_;
   std::map<std::pair<std::string, std::string>, std::pair<int, std::string>> canned_;
 
   LoginReply login_mode_ = LoginReply::Accept;
