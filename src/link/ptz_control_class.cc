@@ -90,8 +90,12 @@ int CPTZControlClass::SetAutoReconnect(int on) {
 }
 
 bool CPTZControlClass::OnLinkThread() const {
-  return link_thread_ != nullptr && link_thread_->Handle() != 0 &&
-         pthread_equal(link_thread_->Handle(), pthread_self());
+  pthread_t self = pthread_self();
+  auto is_self = [self](const CThreadClass* t) {
+    return t != nullptr && t->Handle() != 0 && pthread_equal(t->Handle(), self);
+  };
+  // The file send thread posts the events of its transfers as well.
+  return is_self(link_thread_) || is_self(file_send_thread_);
 }
 
 std::string CPTZControlClass::SessionID() const {

@@ -60,7 +60,8 @@ class CPTZControlClass {
   const std::string& Password() const { return password_; }
   std::string SessionID() const;
   std::string AbilityList() const;
-  // True on the session's own link thread (inside its callbacks).
+  // True on the session's own link thread or file send thread (inside its
+  // callbacks).
   bool OnLinkThread() const;
   // Ends the link thread's current receive wait, so that work queued for it
   // (a request, talk packets, upload data) goes out on its next turn at once.

@@ -3,6 +3,7 @@
 // the data channel, and the final status carries the exact text.
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,10 @@ struct SizeCase {
   qvemu::FileMode mode;
   size_t size;
 };
+
+void PrintTo(const SizeCase& c, std::ostream* os) {
+  *os << (c.mode == qvemu::FileMode::kLink ? "link, " : "channel, ") << c.size << " bytes";
+}
 
 std::string CaseName(const testing::TestParamInfo<SizeCase>& info) {
   return std::string(info.param.mode == qvemu::FileMode::kLink ? "Link" : "Channel") +

@@ -82,5 +82,18 @@ TEST_F(TransferStop, UploadStopsWithStatus15) {
   EXPECT_EQ(0, Files().Uploads());
 }
 
+TEST_F(TransferStop, LogoutFromTheTransfersOwnCallback) {
+  // The event of a transfer over the data channel comes from the file send
+  // thread; logging out from there finishes on a helper thread.
+  events_.SetStatusHook([](long id, long code) {
+    if (code == EVENT_DOWNLOADOK) {
+      EXPECT_EQ(0, IP_NET_DVR_Logout(id));
+    }
+  });
+  ASSERT_EQ(EVENT_DOWNLOADOK, Download("x.bin", TestBytes(5000)));
+  EXPECT_TRUE(events_.WaitStatus(id_, EVENT_LOGOUT_FINISH, kWaitMs));
+  EXPECT_EQ(QV_E_UNKNOWN_USER, IP_NET_DVR_GetDownloadPos(id_));
+}
+
 }  // namespace
 }  // namespace qvtest
