@@ -8,6 +8,7 @@
 #define QUORVEL_CONFIG_DOCUMENT_H
 
 #include "quorvel/config_network.h"
+#include "quorvel/config_media.h"
 
 /* ------------------------------------------------------------------ */
 /* Work-day schedules (the older form of TimeSpanCfg)                  */
@@ -50,14 +51,15 @@ typedef struct ConfigVersion {
 
 /*
  * A section whose typed record is not part of this library yet (system,
- * server, media stream, platform, record, GB28181, media, alarm).
+ * server, platform, record, GB28181, alarm).
  *
  * Loading the whole document keeps such a section's element exactly as the
  * file holds it, from its start tag to the end of its end tag, so that saving
  * the whole record writes it back byte for byte (apart from carriage returns,
  * which every save turns into blanks). Nothing in it is interpreted.
  *
- *  - length 0: the document had no such element; a save writes none.
+ *  - length 0: the document had no such element; a save writes it empty
+ *    (its start tag and end tag).
  *  - overflow 1: the element was longer than QV_CONFIG_SECTION_TEXT_MAX - 1
  *    bytes and could not be kept. A whole save of such a record fails (-1,
  *    file unchanged) rather than drop the section, and the file counts as
@@ -73,18 +75,18 @@ typedef struct ConfigSectionText {
 /*
  * The whole configuration (root element IPCConfig; a VEXORAConfig root reads
  * the same), one member per section, in this order. The record is large
- * (about 140 KiB): allocate it on the heap rather than on a thread's stack.
+ * (about 110 KiB): allocate it on the heap rather than on a thread's stack.
  */
 typedef struct IPCConfig {
   ConfigSectionText system;        /* SystemConfig */
   ConfigSectionText server;        /* ServerConfig */
-  ConfigSectionText mediaStream;   /* MediaStreamConfig */
+  MediaStreamConfig mediaStream;   /* MediaStreamConfig */
   ConfigSectionText platform;      /* PlatformConfig */
   ConfigSectionText record;        /* RecordConfig */
   NetworkConfig network;           /* NetworkConfig */
   ConfigSectionText gb28181;       /* GB28181Config */
   ConfigVersion version;           /* ConfigVersion */
-  ConfigSectionText media;         /* MediaConfig */
+  MediaConfig media;               /* MediaConfig */
   ConfigSectionText alarm;         /* AlarmConfig */
 } IPCConfig;
 

@@ -13,6 +13,15 @@ typedef struct TimeSpanCfg {
 } TimeSpanCfg;
 QV_STATIC_ASSERT(sizeof(TimeSpanCfg) == 28, "TimeSpanCfg layout");
 
+/* A time of day as hour, minute and second (for example the night period
+ * of the infrared-cut filter). */
+typedef struct DayTime {
+  int Hour;
+  int Minute;
+  int Second;
+} DayTime;
+QV_STATIC_ASSERT(sizeof(DayTime) == 12, "DayTime layout");
+
 /* Wired network settings (element LANConfig). */
 typedef struct LANConfig {
   char MacAddress[18];

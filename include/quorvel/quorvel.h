@@ -128,6 +128,7 @@ enum {
 
 #include "quorvel/records.h"
 #include "quorvel/config_types.h"
+#include "quorvel/config_media.h"
 #include "quorvel/config_document.h"
 #include "quorvel/stream_params.h"
 #include "quorvel/stream.h"

@@ -34,6 +34,30 @@ int ReadRecordByXml(const char* func, Rec* cfg, const char* xml,
 #define READ_RECORD_BY_XML(cfg, xml, tag, read) \
   qvconfig::ReadRecordByXml(__FUNCTION__, cfg, xml, tag, read)
 
+// The same for an element name that several sections use: when the text has
+// a `parent` element, the first child `tag` of the first such parent is
+// read (none: -1); otherwise the first element `tag` anywhere.
+template <typename Rec>
+int ReadChildRecordByXml(const char* func, Rec* cfg, const char* xml, const char* parent,
+                         const char* tag, int (*read)(const IXML_Node*, Rec*)) {
+  if (!cfg) return -1;
+  ConfigXml doc;
+  if (!doc.Parse(xml)) {
+    printf("[%s:%u]xml error\r\n\n", func, static_cast<unsigned>(__LINE__));
+    return -1;
+  }
+  const IXML_Node* node = doc.First(tag);
+  if (const IXML_Node* up = doc.First(parent)) {
+    node = FirstChildElement(up);
+    while (node && !IsElement(node, tag)) node = NextSiblingElement(node);
+  }
+  if (!node) return -1;
+  return read(node, cfg);
+}
+
+#define READ_CHILD_RECORD_BY_XML(cfg, xml, parent, tag, read) \
+  qvconfig::ReadChildRecordByXml(__FUNCTION__, cfg, xml, parent, tag, read)
+
 // Runs `write` into a new text that the caller frees; null for a null record
 // or when the text cannot be built.
 template <typename Rec>
@@ -60,6 +84,19 @@ struct ChildReader {
   const char* name;
   void (*read)(const IXML_Node*, Rec*);
 };
+
+// A ChildReader entry that hands the child to the element reader of a
+// record member: CHILD_MEMBER(VideoConfig, "Capture", Capture, ReadVideoCapture).
+template <typename Rec, typename Child, Child Rec::*member,
+          int (*read)(const IXML_Node*, Child*)>
+void ReadChildMember(const IXML_Node* element, Rec* cfg) {
+  read(element, &(cfg->*member));
+}
+
+#define CHILD_MEMBER(Rec, name, member, read)                                        \
+  qvconfig::ChildReader<Rec> {                                                       \
+    name, qvconfig::ReadChildMember<Rec, decltype(Rec::member), &Rec::member, read> \
+  }
 
 template <typename Rec, size_t N>
 void ReadChildren(const IXML_Node* element, const ChildReader<Rec> (&readers)[N],

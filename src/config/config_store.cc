@@ -10,6 +10,7 @@
 #include "config/config_file.h"
 #include "config/config_print.h"
 #include "config/config_section.h"
+#include "config/media_sections.h"
 #include "config/network_sections.h"
 #include "config/section_spans.h"
 #include "config/text_encoding.h"
@@ -21,36 +22,62 @@ const char kRoot[] = "IPCConfig";
 const char kOldRoot[] = "VEXORAConfig";
 const char kProlog[] = "<?xml version=\"1.0\" encoding=\"GB2312\" ?>\r\n";
 
-enum class SectionKind { kVersion, kNetwork, kKept };
+int ReadConfigVersion(const IXML_Node* element, ConfigVersion* cfg);
+void WriteConfigVersion(XmlWriter& out, const ConfigVersion* cfg);
+
+// A section's element reader and writer on the untyped member.
+using SectionReader = int (*)(const IXML_Node*, void*);
+using SectionWriter = void (*)(XmlWriter&, const void*);
+
+template <typename Rec, int (*read)(const IXML_Node*, Rec*)>
+int ReadSectionAs(const IXML_Node* element, void* member) {
+  return read(element, static_cast<Rec*>(member));
+}
+template <typename Rec, void (*write)(XmlWriter&, const Rec*)>
+void WriteSectionAs(XmlWriter& out, const void* member) {
+  write(out, static_cast<const Rec*>(member));
+}
 
 struct Section {
   const char* tag;
-  SectionKind kind;
-  size_t offset;  // of the member in IPCConfig
+  size_t offset;         // of the member in IPCConfig
+  SectionReader read;    // null: the member is a ConfigSectionText
+  SectionWriter write;
 };
+
+#define TYPED_SECTION(tag, member, read, write)                                    \
+  Section {                                                                        \
+    tag, offsetof(IPCConfig, member),                                              \
+        ReadSectionAs<decltype(IPCConfig::member), read>,                          \
+        WriteSectionAs<decltype(IPCConfig::member), write>                         \
+  }
+#define KEPT_SECTION(tag, member) \
+  Section { tag, offsetof(IPCConfig, member), nullptr, nullptr }
 
 // Writing order of the document.
 const Section kSections[] = {
-    {"ConfigVersion", SectionKind::kVersion, offsetof(IPCConfig, version)},
-    {"SystemConfig", SectionKind::kKept, offsetof(IPCConfig, system)},
-    {"NetworkConfig", SectionKind::kNetwork, offsetof(IPCConfig, network)},
-    {"ServerConfig", SectionKind::kKept, offsetof(IPCConfig, server)},
-    {"MediaConfig", SectionKind::kKept, offsetof(IPCConfig, media)},
-    {"MediaStreamConfig", SectionKind::kKept, offsetof(IPCConfig, mediaStream)},
-    {"PlatformConfig", SectionKind::kKept, offsetof(IPCConfig, platform)},
-    {"GB28181Config", SectionKind::kKept, offsetof(IPCConfig, gb28181)},
-    {"RecordConfig", SectionKind::kKept, offsetof(IPCConfig, record)},
-    {"AlarmConfig", SectionKind::kKept, offsetof(IPCConfig, alarm)},
+    TYPED_SECTION("ConfigVersion", version, ReadConfigVersion, WriteConfigVersion),
+    KEPT_SECTION("SystemConfig", system),
+    TYPED_SECTION("NetworkConfig", network, ReadNetworkConfig, WriteNetworkConfig),
+    KEPT_SECTION("ServerConfig", server),
+    TYPED_SECTION("MediaConfig", media, ReadMediaConfig, WriteMediaConfig),
+    TYPED_SECTION("MediaStreamConfig", mediaStream, ReadMediaStreamConfig,
+                  WriteMediaStreamConfig),
+    KEPT_SECTION("PlatformConfig", platform),
+    KEPT_SECTION("GB28181Config", gb28181),
+    KEPT_SECTION("RecordConfig", record),
+    KEPT_SECTION("AlarmConfig", alarm),
 };
 const size_t kSectionCount = sizeof(kSections) / sizeof(kSections[0]);
 
-template <typename T>
-T* Member(IPCConfig* cfg, const Section& s) {
-  return reinterpret_cast<T*>(reinterpret_cast<char*>(cfg) + s.offset);
+#undef TYPED_SECTION
+#undef KEPT_SECTION
+
+void* Member(IPCConfig* cfg, const Section& s) {
+  return reinterpret_cast<char*>(cfg) + s.offset;
 }
-template <typename T>
-const T* Member(const IPCConfig* cfg, const Section& s) {
-  return reinterpret_cast<const T*>(reinterpret_cast<const char*>(cfg) + s.offset);
+const void* Member(const IPCConfig* cfg, const Section& s) {
+  return reinterpret_cast<const char*>(cfg) + s.offset;
 }
 
 const Section* FindSection(const char* tag) {
@@ -118,19 +145,10 @@ int LoadDocument(const std::string& text, IPCConfig* cfg, bool* complete) {
     const Section* s = FindSection(ElementName(c));
     if (!s || seen[s - kSections]) continue;
     seen[s - kSections] = true;
-    switch (s->kind) {
-      case SectionKind::kVersion:
-        ReadConfigVersion(c, Member<ConfigVersion>(cfg, *s));
-        break;
-      case SectionKind::kNetwork:
-        if (ReadNetworkConfig(c, Member<NetworkConfig>(cfg, *s)) != 0)
-          *complete = false;
-        break;
-      case SectionKind::kKept:
-        if (!KeepSection(text, spans, s->tag, Member<ConfigSectionText>(cfg, *s)))
-          *complete = false;
-        break;
-    }
+    bool read = s->read ? s->read(c, Member(cfg, *s)) == 0
+                        : KeepSection(text, spans, s->tag,
+                                      static_cast<ConfigSectionText*>(Member(cfg, *s)));
+    if (!read) *complete = false;
   }
   return 0;
 }
@@ -153,9 +171,11 @@ std::string CurrentConfigPath() {
   return CONFIG_FILE_PATH();
 }
 
+// After a replaced section, everything but printable ASCII is skipped (line
+// ends, tabs, and bytes from 0x7F up).
 bool IsSkippedAfterSection(char c) {
   unsigned char b = static_cast<unsigned char>(c);
-  return b < 0x20 || b == 0x7F;
+  return b < 0x20 || b >= 0x7F;
 }
 
 }  // namespace
@@ -165,27 +185,24 @@ bool BuildConfigDocument(const IPCConfig* cfg, std::string* text) {
   XmlWriter out(64 * 1024);
   out.Append("%s<%s>", kProlog, kRoot);
   for (const Section& s : kSections) {
-    switch (s.kind) {
-      case SectionKind::kVersion:
-        WriteConfigVersion(out, Member<ConfigVersion>(cfg, s));
-        break;
-      case SectionKind::kNetwork:
-        WriteNetworkConfig(out, Member<NetworkConfig>(cfg, s));
-        break;
-      case SectionKind::kKept: {
-        const ConfigSectionText* kept = Member<ConfigSectionText>(cfg, s);
-        if (kept->overflow) {
-          CFG_PRINT("[%s:%u]%s was too long to keep, not saved\n\n", s.tag);
-          return false;
-        }
-        size_t n = strnlen(kept->text, sizeof(kept->text) - 1);
-        if (kept->length < n) n = kept->length;
-        if (n == 0) break;
-        out.AppendBytes(kept->text, n);
-        out.Append("\r\n");
-        break;
-      }
+    if (s.write) {
+      s.write(out, Member(cfg, s));
+      continue;
     }
+    const ConfigSectionText* kept = static_cast<const ConfigSectionText*>(Member(cfg, s));
+    if (kept->overflow) {
+      CFG_PRINT("[%s:%u]%s was too long to keep, not saved\n\n", s.tag);
+      return false;
+    }
+    size_t n = strnlen(kept->text, sizeof(kept->text) - 1);
+    if (kept->length < n) n = kept->length;
+    if (n == 0) {
+      // Every section is written: one the record lacks is empty.
+      out.Append("<%s>\r\n</%s>\r\n", s.tag, s.tag);
+      continue;
+    }
+    out.AppendBytes(kept->text, n);
+    out.Append("\r\n");
   }
   out.Append("</%s>\r\n", kRoot);
   if (!out.ok()) return false;
@@ -348,6 +365,15 @@ void ShowSize() {
   SHOW_SIZE(WorkDayList);
   SHOW_SIZE(UserConfig);
   SHOW_SIZE(MediaStreamConfig);
+  SHOW_SIZE(MediaConfig);
+  SHOW_SIZE(VideoConfig);
+  SHOW_SIZE(VideoCaptureConfig);
+  SHOW_SIZE(VideoEncodeConfig);
+  SHOW_SIZE(VideoOverlayConfig);
+  SHOW_SIZE(VideoUserOverlayConfig);
+  SHOW_SIZE(VideoMaskConfig);
+  SHOW_SIZE(VideoROIConfig);
+  SHOW_SIZE(AudioConfig);
 #undef SHOW_SIZE
 }
 

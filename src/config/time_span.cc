@@ -183,7 +183,7 @@ void TransTimeSpan2Old(const TimeSpanCfg* cfg, WorkDayList* list) {
   if (first_partial < 0) {
     list->Count = 1;
     list->Entry[0].Day = kEveryDay;
-    AddSpan(&list->Entry[0], 0, 0, 0, 23, 59, 59);
+    AddSpan(&list->Entry[0], 0, 0, 0, 23, 59, 0);
     return;
   }
   CFG_PRINT("[%s:%u]workday %d: %#x, bAllSet=0\n", first_partial,
@@ -200,7 +200,7 @@ void TransTimeSpan2Old(const TimeSpanCfg* cfg, WorkDayList* list) {
       }
       int run_end = h;
       while (run_end + 1 < kHours && (mask & (1u << (run_end + 1)))) ++run_end;
-      AddSpan(&day, h, 0, 0, run_end, 59, 59);
+      AddSpan(&day, h, 0, 0, run_end, 59, 0);
       h = run_end + 1;
     }
     if (day.SpanCount > 0) ++list->Count;

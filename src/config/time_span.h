@@ -30,9 +30,10 @@ int getWorkDayListByXml(WorkDayList* list, const char* xml);
 // (plus one when the end minute is above 0); so 08:30 to 17:15 sets hours 8
 // to 17. Day 7 sets every day. Ends with CheckTimeSpanValid.
 void TransTimeSpan2New(const WorkDayList* list, TimeSpanCfg* cfg);
-// Masks to a work-day list: a full week is one entry Day 7, 00:00:00 to
-// 23:59:59; otherwise one entry per day with set hours, each run of hours
-// a..b giving the span a:00:00 to b:59:59.
+// Masks to a work-day list: a full week is one entry Day 7, 00:00 to 23:59;
+// otherwise one entry per day with set hours, each run of hours a..b giving
+// the span a:00 to b:59. The seconds of these spans are 0, so the last
+// minute of a span is outside it for IsInTimeScope.
 void TransTimeSpan2Old(const TimeSpanCfg* cfg, WorkDayList* list);
 
 // 1 when `now` lies strictly inside a span of an entry for its weekday (or

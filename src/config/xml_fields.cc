@@ -1,7 +1,9 @@
 #include "config/xml_fields.h"
 
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
+#include <string>
 
 #include "config/config_xml.h"
 #include "config/xml_writer.h"
@@ -16,10 +18,33 @@ const XmlField* FindXmlField(const XmlField* fields, size_t count,
   return nullptr;
 }
 
+bool ParseDayTime(const char* value, DayTime* time) {
+  if (!value) return false;
+  std::string text = NodeBytes(value);
+  const char* p = text.c_str();
+  int parts[3];
+  for (int i = 0; i < 3; ++i) {
+    char* end;
+    long long v = strtoll(p, &end, 10);
+    if (end == p) return false;
+    parts[i] = static_cast<int>(static_cast<uint32_t>(v));
+    p = end;
+    if (i < 2 && *p++ != ':') return false;
+  }
+  *time = DayTime{parts[0], parts[1], parts[2]};
+  return true;
+}
+
 void StoreXmlField(const XmlField& field, void* record, const char* value) {
   char* member = static_cast<char*>(record) + field.offset;
   if (field.type == XmlFieldType::kText) {
     StrCpy(member, field.size, value);
+    return;
+  }
+  if (field.type == XmlFieldType::kTime) {
+    DayTime time;
+    memcpy(&time, member, sizeof(time));
+    if (ParseDayTime(value, &time)) memcpy(member, &time, sizeof(time));
     return;
   }
   // atoi's int, narrowed to the member's width as an assignment would.
@@ -98,6 +123,12 @@ void WriteXmlFields(XmlWriter& out, const XmlField* fields, size_t count,
         uint32_t v;
         memcpy(&v, member, sizeof(v));
         out.Append("%s=\"%u\"%s", f.name, v, sep);
+        break;
+      }
+      case XmlFieldType::kTime: {
+        DayTime t;
+        memcpy(&t, member, sizeof(t));
+        out.Append("%s=\"%02d:%02d:%02d\"%s", f.name, t.Hour, t.Minute, t.Second, sep);
         break;
       }
     }

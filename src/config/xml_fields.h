@@ -7,18 +7,20 @@
 // narrowed to the member's width); unknown attributes are ignored. The writer
 // emits name="value" and a separator for every entry: texts with %s after
 // XML escaping, signed and narrow members with %d, unsigned 32-bit ones with
-// %u.
+// %u, times of day (DayTime) as "%02d:%02d:%02d".
 #pragma once
 
 #include <upnp/ixml.h>
 
 #include <cstddef>
 
+#include "quorvel/quorvel.h"
+
 namespace qvconfig {
 
 class XmlWriter;
 
-enum class XmlFieldType : unsigned char { kText, kI8, kU8, kI16, kU16, kI32, kU32 };
+enum class XmlFieldType : unsigned char { kText, kI8, kU8, kI16, kU16, kI32, kU32, kTime };
 
 enum : unsigned char {
   kFieldNoEscape = 1,   // text written as it is
@@ -55,6 +57,9 @@ template <> struct XmlFieldTypeOf<int> {
 template <> struct XmlFieldTypeOf<unsigned int> {
   static constexpr XmlFieldType value = XmlFieldType::kU32;
 };
+template <> struct XmlFieldTypeOf<DayTime> {
+  static constexpr XmlFieldType value = XmlFieldType::kTime;
+};
 
 #define XML_FIELD_FLAGS(Rec, member, name, flags)                          \
   qvconfig::XmlField {                                                     \
@@ -70,6 +75,10 @@ constexpr size_t FieldCount(const T (&)[N]) { return N; }
 // The entry named `name` (readable entries only), or null.
 const XmlField* FindXmlField(const XmlField* fields, size_t count,
                              const char* name);
+
+// Reads "h:m:s" (three decimal numbers, blanks before each allowed, each
+// narrowed like atoi's int); false, leaving *time alone, for anything else.
+bool ParseDayTime(const char* value, DayTime* time);
 
 // Stores one parser value into the record member of `field`.
 void StoreXmlField(const XmlField& field, void* record, const char* value);

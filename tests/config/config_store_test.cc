@@ -11,6 +11,7 @@
 #include <string>
 
 #include "config/config_files_helper.h"
+#include "config/media_fill_helper.h"
 #include "config/network_fill_helper.h"
 #include "config/network_sections.h"
 
@@ -43,12 +44,11 @@ void Replace(std::string* text, const std::string& from, const std::string& to) 
     text->replace(at, from.size(), to);
 }
 
-// Sections of other modules, kept as text.
+// Sections without a typed record yet, kept as text.
 const std::pair<const char*, ConfigSectionText IPCConfig::*> kKept[] = {
-    {"SystemConfig", &IPCConfig::system},   {"ServerConfig", &IPCConfig::server},
-    {"MediaConfig", &IPCConfig::media},     {"MediaStreamConfig", &IPCConfig::mediaStream},
+    {"SystemConfig", &IPCConfig::system},     {"ServerConfig", &IPCConfig::server},
     {"PlatformConfig", &IPCConfig::platform}, {"GB28181Config", &IPCConfig::gb28181},
-    {"RecordConfig", &IPCConfig::record},   {"AlarmConfig", &IPCConfig::alarm}};
+    {"RecordConfig", &IPCConfig::record},     {"AlarmConfig", &IPCConfig::alarm}};
 
 class ConfigDocument : public testing::Test {
  protected:
@@ -88,6 +88,20 @@ TEST_F(ConfigDocument, LoadsEverySection) {
   EXPECT_STREQ(net.G3.SMSC, "+8613800000001");
   EXPECT_EQ(net.PPTP.MTU, 1400);
   EXPECT_STREQ(net.P2P.Authcode, "ABCDEF123456");
+  const VideoConfig& video = cfg->media.Video;
+  EXPECT_EQ(video.Capture.Brightness, 61);
+  EXPECT_EQ(video.Capture.WDRValue, 200);
+  EXPECT_EQ(video.Capture.IrcutNightEndTime.Hour, 8);
+  EXPECT_EQ(video.Encode.Stream[1].IsH265, 1);
+  EXPECT_EQ(video.Encode.Stream[2].FrameRate, 15);
+  EXPECT_STREQ(video.Overlay.Title.Title, "\xD6\xD0 gate & door");
+  EXPECT_EQ(video.UserOverlay.Count, 2);
+  EXPECT_STREQ(video.UserOverlay.UserOSD[1].TitleUtf8, "line two");
+  EXPECT_STREQ(cfg->media.Audio.Encode.EncodeType, "G711A");
+  const StreamAccessConfig& access = cfg->mediaStream.StreamAccess;
+  EXPECT_EQ(access.hik_port, 8100);
+  EXPECT_STREQ(access.rtmp_server, "rtmp://push.example/live");
+  EXPECT_EQ(access.Rtmp.TimeSpan.day1, 255u);
   // Sections of other modules are kept exactly as the file holds them.
   for (const auto& k : kKept) {
     SCOPED_TRACE(k.first);
@@ -134,6 +148,8 @@ TEST_F(ConfigDocument, FilledRecordRoundTripsThroughTheConfigurationFile) {
   auto cfg = NewConfig();
   memset(cfg.get(), 0, sizeof(IPCConfig));
   FillNetworkConfig(&cfg->network);
+  FillMediaConfig(&cfg->media);
+  FillMediaStreamConfig(&cfg->mediaStream);
   strcpy(cfg->version.Version, "v\"1&2");
   const char alarm[] = "<AlarmConfig><AudioAlarm enable_lsd=\"1\"/></AlarmConfig>";
   strcpy(cfg->alarm.text, alarm);
@@ -142,9 +158,32 @@ TEST_F(ConfigDocument, FilledRecordRoundTripsThroughTheConfigurationFile) {
   ASSERT_EQ(SetConfigToXML(cfg.get()), 0);
   auto back = NewConfig();
   ASSERT_EQ(GetConfigFromXml(back.get()), 0);
-  EXPECT_EQ(memcmp(cfg.get(), back.get(), sizeof(IPCConfig)), 0);
-  std::string saved = ReadFile(path_);
-  EXPECT_EQ(Count(saved, "<SystemConfig"), 0u);  // absent sections stay absent
+  EXPECT_EQ(memcmp(&cfg->network, &back->network, sizeof(NetworkConfig)), 0);
+  EXPECT_EQ(memcmp(&cfg->media, &back->media, sizeof(MediaConfig)), 0);
+  EXPECT_EQ(memcmp(&cfg->mediaStream, &back->mediaStream, sizeof(MediaStreamConfig)), 0);
+  EXPECT_STREQ(back->version.Version, cfg->version.Version);
+  EXPECT_STREQ(back->alarm.text, alarm);
+}
+
+TEST_F(ConfigDocument, AFreshRecordSavesEverySectionInOrder) {
+  std::unique_ptr<IPCConfig> cfg(new IPCConfig());
+  std::string saved_path = dir_ / "fresh.xml";
+  ASSERT_EQ(SetConfigToXML_Ex(cfg.get(), saved_path.c_str()), 0);
+  std::string saved = ReadFile(saved_path);
+  const char* order[] = {"<ConfigVersion",    "<SystemConfig>",   "<NetworkConfig>",
+                         "<ServerConfig>",    "<MediaConfig>",    "<MediaStreamConfig>",
+                         "<PlatformConfig>",  "<GB28181Config>",  "<RecordConfig>",
+                         "<AlarmConfig>",     "</IPCConfig> \n"};
+  size_t at = 0;
+  for (const char* tag : order) {
+    size_t found = saved.find(tag, at);
+    ASSERT_NE(found, std::string::npos) << tag << " in\n" << saved;
+    EXPECT_EQ(Count(saved, tag), 1u) << tag;
+    at = found;
+  }
+  int valid = 0;
+  EXPECT_EQ(CheckUserConfigFileValidity(saved_path.c_str(), &valid), 0);
+  EXPECT_EQ(valid, 1);
 }
 
 TEST_F(ConfigDocument, WrittenFormWithCarriageReturnsAsBlanks) {
@@ -412,6 +451,9 @@ TEST(SectionSplice, SpansAndSkippedLineEnds) {
   std::string out;
   ASSERT_TRUE(SpliceSection("<R>\n<A>\n<x/>\n</A>\r\n\t<B/></R>", "A", "<A/>\r\n", &out));
   EXPECT_EQ(out, "<R>\n<A/>\r\n<B/></R>");
+  // Bytes from 0x7F up are not printable either.
+  ASSERT_TRUE(SpliceSection("<R><A>x</A>\xA1\x7F <B/></R>", "A", "<A/>", &out));
+  EXPECT_EQ(out, "<R><A/> <B/></R>");
   ASSERT_TRUE(SpliceSection("<VEXORAConfig><B/></VEXORAConfig>", "A", "<A/>", &out));
   EXPECT_EQ(out, "<VEXORAConfig><B/><A/></VEXORAConfig>");
   EXPECT_FALSE(SpliceSection("<R><A></R>", "A", "<A/>", &out));

@@ -95,8 +95,8 @@ TEST(WorkDaysToMasks, TheWayBackToSpans) {
   WorkDayList list;
   std::string printed = CapturedStdout([&] { TransTimeSpan2Old(&cfg, &list); });
   EXPECT_NE(printed.find("]workday 0: 0, bAllSet=0\n"), std::string::npos) << printed;
-  EXPECT_EQ(Spans(list), "1: 8:00:00-9:59:59 20:00:00-20:59:59; 2: 0:00:00-23:59:59; "
-                         "6: 23:00:00-23:59:59; ");
+  EXPECT_EQ(Spans(list), "1: 8:00:00-9:59:00 20:00:00-20:59:00; 2: 0:00:00-23:59:00; "
+                         "6: 23:00:00-23:59:00; ");
   // And forward again: the same masks.
   TimeSpanCfg again;
   TransTimeSpan2New(&list, &again);
@@ -105,7 +105,7 @@ TEST(WorkDaysToMasks, TheWayBackToSpans) {
   TimeSpanCfg full;
   SetAllTimeSpan(&full);
   TransTimeSpan2Old(&full, &list);
-  EXPECT_EQ(Spans(list), "7: 0:00:00-23:59:59; ");
+  EXPECT_EQ(Spans(list), "7: 0:00:00-23:59:00; ");
 }
 
 TEST(WorkDayReader, DaysSpansAndBadTimes) {
@@ -180,6 +180,19 @@ TEST_F(TimeScope, StrictlyInsideASpan) {
     list.Entry[0].Day = c.day;
     struct tm t = At(c.h, c.m, c.s);
     EXPECT_EQ(IsInTimeScope(&list, &t), c.in) << c.day << " " << c.h << ":" << c.m << ":" << c.s;
+  }
+}
+
+TEST_F(TimeScope, SpansFromMasksEndAtTheStartOfTheirLastMinute) {
+  TimeSpanCfg cfg = {0, 0, 0, (1u << 8) | (1u << 9), 0, 0, 0};
+  WorkDayList list;
+  CapturedStdout([&] { TransTimeSpan2Old(&cfg, &list); });
+  const struct {
+    int h, m, s, in;
+  } cases[] = {{9, 58, 59, 1}, {9, 59, 0, 0}, {9, 59, 30, 0}};
+  for (const auto& c : cases) {
+    struct tm t = At(c.h, c.m, c.s);
+    EXPECT_EQ(IsInTimeScope(&list, &t), c.in) << c.h << ":" << c.m << ":" << c.s;
   }
 }
 
