@@ -48,6 +48,10 @@
  *
  * Streams may be started and stopped from any thread, but the host should
  * not start and stop the same stream from two threads at once.
+ *
+ * IP_NET_DVR_StopAllRealPlay and IP_NET_DVR_Cleanup stop every stream and
+ * wait for their threads, those forgotten by IP_NET_DVR_SetAutoReconnect or
+ * IP_NET_DVR_Reconnect included.
  */
 #ifndef QUORVEL_STREAM_H
 #define QUORVEL_STREAM_H
@@ -131,26 +135,30 @@ QV_API long IP_NET_DVR_WriteTestResult(const char* path);
 /* Recording to AVI files                                              */
 /* ------------------------------------------------------------------ */
 /* Where files go, their names, lengths, free-space rule, format and the
- * events 42 to 49 (status callback, id = the handle) are described in the
- * README ("Recording and conversion"). */
+ * record events (status callback, id = the handle) are described in
+ * docs/recording.md. */
 
 #define QV_E_RECORD_RUNNING     (-8999973) /* the stream is already recording */
 #define QV_E_RECORD_NOT_RUNNING (-8999972) /* the stream is not recording */
 #define QV_E_RECORD_THREAD      (-8999971) /* the record thread did not start */
-#define QV_E_RECORD_NO_PARAM    (-8999970) /* the stream's parameters are not known yet */
 
 /* Records a playing stream. `name` ending in ".avi" or ".AVI" (and longer
  * than 4 characters): exactly one file of that name, recording `a` seconds
  * (b is ignored). Any other name: a storage directory, files of `a` seconds
- * each for `b` seconds in all (0 or less: until IP_NET_DVR_StopRecord).
- * Start after the stream's parameters have arrived (the first callback of
- * type QV_FRAME_AVPARAM). 0; QV_E_BAD_RECORD_NAME for a name of at most one
- * character; QV_E_RECORD_RUNNING; QV_E_RECORD_NO_PARAM; QV_E_RECORD_THREAD;
+ * each for `b` seconds in all. The recording describes the stream by its
+ * parameters as they are known when it starts (the callback of type
+ * QV_FRAME_AVPARAM); started before they have arrived, it records with the
+ * defaults of docs/recording.md. 0; QV_E_BAD_RECORD_NAME for a name of at
+ * most one character; QV_E_RECORD_RUNNING; QV_E_RECORD_THREAD;
  * QV_E_UNKNOWN_HANDLE. Stopping the stream stops its recording. */
 QV_API long IP_NET_DVR_StartRecord(long handle, const char* name, int a, int b);
 
 /* Ends the recording; the open file is closed and given its final name
- * before this returns. 0, QV_E_RECORD_NOT_RUNNING or QV_E_UNKNOWN_HANDLE. */
+ * before this returns. Called from the status callback of a record event
+ * (which runs on the recording's own thread) it returns at once, and the
+ * file is closed when the callback has returned; the same holds for
+ * IP_NET_DVR_StopRealPlay and IP_NET_DVR_StopRecordStream there. 0,
+ * QV_E_RECORD_NOT_RUNNING or QV_E_UNKNOWN_HANDLE. */
 QV_API long IP_NET_DVR_StopRecord(long handle);
 
 /* Recording of frames that the host supplies (from its own source or a

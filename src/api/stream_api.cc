@@ -100,7 +100,6 @@ QV_API long IP_NET_DVR_SetRealDataCallBack(QV_RealDataCallBack callback, void* u
 QV_API long IP_NET_DVR_GetVideoParam(long handle, QV_VIDEO_PARAM* video) {
   QV_LOG("[%s:%d]%s(%d) start..", __FUNCTION__, static_cast<int>(handle));
   unsigned long start = GetTickCount();
-  if (video == nullptr) return QV_E_INVALID_ARG;
   int ret = OjbectRtspList.GetVideoParam(handle, video);
   QV_LOG("[%s:%d]%s(%d) end,use tick=%d", __FUNCTION__, static_cast<int>(handle),
          static_cast<int>(GetTickCount() - start));
@@ -109,7 +108,6 @@ QV_API long IP_NET_DVR_GetVideoParam(long handle, QV_VIDEO_PARAM* video) {
 
 QV_API long IP_NET_DVR_GetAudioParam(long handle, QV_AUDIO_PARAM* audio) {
   QV_LOG("[%s:%d]%s(%d)", __FUNCTION__, static_cast<int>(handle));
-  if (audio == nullptr) return QV_E_INVALID_ARG;
   return OjbectRtspList.GetAudioParam(handle, audio);
 }
 

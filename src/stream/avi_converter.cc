@@ -145,6 +145,19 @@ int CAviConverter::PlanVideo() {
   bool h264 = info.video_codec == kAviVideoH264;
   const std::vector<AviChunk>& chunks = reader_.Chunks();
   std::vector<uint8_t> frame;
+  // A recording started before its stream's codec was known is marked
+  // MPEG-4 whatever it holds: its first frame tells.
+  if (!h264) {
+    for (size_t i = 0; i < chunks.size(); ++i) {
+      if (!chunks[i].video) continue;
+      if (reader_.ReadChunk(i, &frame) != 0) return Fail(reader_.Error());
+      CH264ParamSets sets;
+      sets.Learn(frame.data(), frame.size());
+      h264 = frame_probe::Mpeg4ConfigLength(frame.data(), frame.size()) == 0 && sets.Known() &&
+             frame_probe::H264IsKeyFrame(frame.data(), frame.size());
+      break;
+    }
+  }
   for (size_t i = 0; i < chunks.size() && !video_; ++i) {
     if (!chunks[i].video) continue;
     if (reader_.ReadChunk(i, &frame) != 0) return Fail(reader_.Error());
@@ -207,6 +220,9 @@ int CAviConverter::PlanAudio() {
       }
       law = frame_probe::G711LooksALaw(probe.data(), probe.size()) ? kG711ALaw : kG711MuLaw;
     }
+    // G.711 is 8 kHz; a recording that did not know says 0.
+    if (sample_rate_ <= 0) sample_rate_ = 8000;
+    if (channels_ <= 0) channels_ = 1;
     audio_codec_id_ = law == kG711ALaw ? AV_CODEC_ID_PCM_ALAW : AV_CODEC_ID_PCM_MULAW;
     report_.audio_in = law == kG711ALaw ? "pcm_alaw" : "pcm_mulaw";
   } else {
@@ -221,10 +237,16 @@ int CAviConverter::PlanAudio() {
       audio_config_ = frame_probe::AacConfig(adts.object_type, sample_rate_, channels_);
     } else if (!options_.aac_config.empty()) {
       audio_config_ = options_.aac_config;
+      if (sample_rate_ <= 0 || channels_ <= 0) {
+        frame_probe::AacConfigFacts(audio_config_.data(), audio_config_.size(), &sample_rate_,
+                                    &channels_);
+      }
     } else {
       audio_config_ = frame_probe::AacConfig(2, sample_rate_, channels_);
     }
-    if (audio_config_.empty()) return Fail("cannot describe the AAC audio (rate or channels)");
+    if (audio_config_.empty() || sample_rate_ <= 0 || channels_ <= 0) {
+      return Fail("cannot describe the AAC audio (rate or channels)");
+    }
     frame_samples_ = frame_probe::AacFrameSamples(audio_config_.data(), audio_config_.size());
     report_.audio_in = adts_ ? "aac (ADTS)" : "aac";
   }

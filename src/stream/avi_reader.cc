@@ -139,10 +139,13 @@ int CAviReader::ParseAudioHeader(const std::vector<uint8_t>& h) {
   } else {
     return Fail("unknown audio format " + CodeText(handler) + " tag " + std::to_string(tag));
   }
+  // A stream that did not tell its channels or rate is recorded with 0.
   info_.channels = static_cast<int>(AviGet16(&h[avi_offset::kAudioChannels]));
-  info_.sample_rate = Bounded(h, avi_offset::kAudioSampleRate, 1000, kMaxSampleRate);
+  info_.sample_rate = AviGetWord(&h[avi_offset::kAudioSampleRate]) == 0
+                          ? 0
+                          : Bounded(h, avi_offset::kAudioSampleRate, 1000, kMaxSampleRate);
   info_.bits_per_sample = static_cast<int>(AviGet16(&h[avi_offset::kAudioBitsPerSample]));
-  if (info_.channels < 1 || info_.channels > kMaxChannels || info_.sample_rate < 0) {
+  if (info_.channels > kMaxChannels || info_.sample_rate < 0) {
     return Fail("bad audio format in the header");
   }
   info_.has_audio = true;
@@ -195,25 +198,34 @@ bool CAviReader::ReadIndex(uint64_t at) {
   unsigned char word[8];
   if (!ReadAt(at + 8, word, 8)) return false;
   uint64_t length = AviGetWord(word);
-  if (length % 32 != 0 || length / 32 != chunks_.size() || length > file_size_ - at - 16) {
+  if (length % 32 != 0 || length > file_size_ - at - 16) return false;
+  // Recordings index their video chunks; earlier ones indexed every chunk.
+  std::vector<size_t> indexed;
+  if (length / 32 == chunks_.size()) {
+    for (size_t i = 0; i < chunks_.size(); ++i) indexed.push_back(i);
+  } else if (length / 32 == static_cast<uint64_t>(video_chunks_)) {
+    for (size_t i = 0; i < chunks_.size(); ++i) {
+      if (chunks_[i].video) indexed.push_back(i);
+    }
+  } else {
     return false;
   }
   // Index offsets count from the "movi" word, 8 bytes before the chunks.
   const uint64_t movi = info_.header_size - 8;
-  std::vector<int> keys(chunks_.size());
+  std::vector<int> keys(chunks_.size(), -1);
   const size_t kBatch = 4096;
   std::vector<unsigned char> rows(kBatch * 32);
-  for (size_t first = 0; first < chunks_.size(); first += kBatch) {
-    size_t n = chunks_.size() - first < kBatch ? chunks_.size() - first : kBatch;
+  for (size_t first = 0; first < indexed.size(); first += kBatch) {
+    size_t n = indexed.size() - first < kBatch ? indexed.size() - first : kBatch;
     if (!ReadAt(at + 16 + 32 * static_cast<uint64_t>(first), rows.data(), n * 32)) return false;
     for (size_t i = 0; i < n; ++i) {
       const unsigned char* row = &rows[i * 32];
-      const AviChunk& c = chunks_[first + i];
+      const AviChunk& c = chunks_[indexed[first + i]];
       if (!AviIsCode(row, c.video ? "00dc" : "01wb") || AviGetWord(row + 16) != c.offset - 12 - movi ||
           AviGetWord(row + 24) != c.size) {
         return false;
       }
-      keys[first + i] = (AviGetWord(row + 8) & 16) != 0 ? 1 : 0;
+      keys[indexed[first + i]] = (AviGetWord(row + 8) & 16) != 0 ? 1 : 0;
     }
   }
   for (size_t i = 0; i < chunks_.size(); ++i) chunks_[i].index_key = keys[i];

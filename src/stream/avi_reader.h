@@ -3,7 +3,8 @@
 // The header image (video only, or audio + video) gives the streams; the
 // chunks follow the "movi" word, each an 8-byte identifier ("00dc" video,
 // "01wb" audio), a 4-byte little-endian length and the frame bytes; a file
-// that was closed normally ends with the "idx1" index. A file that was not
+// that was closed normally ends with the "idx1" index, of its video chunks
+// (or, in recordings of earlier versions, of every chunk). A file that was not
 // closed (a ".tmp" left by a crash or a full disk) has no index and stale
 // sizes in its header: its chunks are read up to the end of the file.
 //
@@ -38,8 +39,8 @@ struct AviStreamInfo {
   int bit_rate = 0;        // bits per second, 0 when not given
   bool has_audio = false;
   int audio_codec = 0;     // kAviAudioG711 or kAviAudioAac
-  int sample_rate = 0;
-  int channels = 0;
+  int sample_rate = 0;     // 0 when the recording did not know it
+  int channels = 0;        // 0 when the recording did not know it
   int bits_per_sample = 0;
 };
 
@@ -47,7 +48,7 @@ struct AviChunk {
   bool video;          // "00dc"; else "01wb"
   uint64_t offset;     // file offset of the frame bytes
   uint32_t size;       // frame bytes
-  int index_key;       // key-frame mark from the index: 1, 0, or -1 without index
+  int index_key;       // key-frame mark from the index: 1, 0, or -1 when not indexed
 };
 
 class CAviReader {

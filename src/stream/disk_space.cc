@@ -1,7 +1,5 @@
 #include "stream/disk_space.h"
 
-#include <sys/stat.h>
-
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -34,11 +32,6 @@ std::string ShellQuote(const char* path) {
   }
   quoted += "'";
   return quoted;
-}
-
-bool IsFolder(const std::string& path) {
-  struct stat st;
-  return stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
 }
 
 }  // namespace
@@ -109,18 +102,4 @@ std::string FolderOfFile(const std::string& file_path) {
   if (slash == std::string::npos) return ".";
   if (slash == 0) return "/";
   return file_path.substr(0, slash);
-}
-
-std::string ExistingFolderOf(const std::string& path) {
-  std::string folder = path.empty() ? "." : path;
-  while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
-  for (int depth = 0; depth < 256 && !IsFolder(folder); ++depth) {
-    if (folder == "/" || folder == ".") break;
-    folder = FolderOfFile(folder);
-  }
-  char* real = realpath(folder.c_str(), nullptr);
-  if (real == nullptr) return folder;
-  std::string absolute = real;
-  free(real);
-  return absolute;
 }

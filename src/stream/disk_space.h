@@ -21,10 +21,5 @@ long long ReadDiskFreeKB(const char* path);
 // (or with any other '%') is refused (-1); null restores the default. 0.
 int SetDiskFreeCommand(const char* command_template);
 
-// The nearest existing folder of path (path itself when it is one), as an
-// absolute path, so that the free space of a folder about to be made can be
-// read.
-std::string ExistingFolderOf(const std::string& path);
-
 // The folder part of a file path ("." when there is none).
 std::string FolderOfFile(const std::string& file_path);

@@ -245,6 +245,23 @@ int AacFrameSamples(const uint8_t* config, size_t size) {
   return 1024;
 }
 
+bool AacConfigFacts(const uint8_t* config, size_t size, int* sample_rate, int* channels) {
+  PlainBits bits(config, size);
+  unsigned object = 0, index = 0, rate = 0, channel_config = 0;
+  if (config == nullptr || !bits.Read(5, &object)) return false;
+  if (object == 31 && !bits.Read(6, &object)) return false;
+  if (!bits.Read(4, &index)) return false;
+  if (index == 15) {
+    if (!bits.Read(24, &rate)) return false;
+  } else {
+    rate = static_cast<unsigned>(AacSampleRate(static_cast<int>(index)));
+  }
+  if (!bits.Read(4, &channel_config) || rate == 0 || channel_config == 0) return false;
+  *sample_rate = static_cast<int>(rate);
+  *channels = channel_config == 7 ? 8 : static_cast<int>(channel_config);
+  return true;
+}
+
 int16_t MulawToLinear(uint8_t code) {
   unsigned u = static_cast<uint8_t>(~code);
   int t = static_cast<int>(((u & 0x0F) << 3) + 0x84) << ((u & 0x70) >> 4);

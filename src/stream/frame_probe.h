@@ -48,6 +48,10 @@ int AacSampleRate(int index);
 // Empty for a rate or channel count out of range.
 std::vector<uint8_t> AacConfig(int object_type, int sample_rate, int channels);
 
+// Sample rate and channel count of an AudioSpecificConfig; false when it is
+// too short or names neither (channel configuration 0).
+bool AacConfigFacts(const uint8_t* config, size_t size, int* sample_rate, int* channels);
+
 // Samples per frame that an AudioSpecificConfig announces: 1024, or 960 with
 // the frame length flag. 1024 for a config too short to tell.
 int AacFrameSamples(const uint8_t* config, size_t size);

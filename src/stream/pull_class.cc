@@ -23,14 +23,23 @@ CPullClass::~CPullClass() {
   --live_count_;
 }
 
-CPullClass* CPullClass::Add(const char* address, const char* user, const char* password,
-                            int link_mode, QV_RealDataCallBack callback, void* user_data) {
+int CHandleEventSink::OnRecordEvent(int event, const char* text) {
+  return static_cast<int>(ObjectPtzList.PostStatusMsg(handle_, event, text != nullptr ? text : ""));
+}
+
+void CPullClass::SetStream(const char* address, const char* user, const char* password,
+                           int link_mode, QV_RealDataCallBack callback, void* user_data) {
   address_ = address != nullptr ? address : "";
   user_ = user != nullptr ? user : "";
   password_ = password != nullptr ? password : "";
   link_mode_ = link_mode;
   callback_ = callback;
   user_data_ = user_data;
+}
+
+CPullClass* CPullClass::Add(const char* address, const char* user, const char* password,
+                            int link_mode, QV_RealDataCallBack callback, void* user_data) {
+  SetStream(address, user, password, link_mode, callback, user_data);
   Kill(-1);
   Start(1048576);
   return this;
@@ -108,11 +117,11 @@ int CPullClass::StartRecord(const char* name, int max_file_seconds, int duration
   if (IsRecording()) return -8999973;
   __STREAM_AV_PARAM param;
   GetAvParam(&param);
-  if (param.video.codec[0] == '\0' && param.audio.codec[0] == '\0') return -8999970;
   CRecordTask* task = nullptr;
-  while ((task = new (std::nothrow) CRecordTask(&param, max_file_seconds, duration_seconds, this,
-                                                main_stream_ ? 1 : 2)) == nullptr)
+  while ((task = new (std::nothrow) CRecordTask(&param, max_file_seconds, duration_seconds,
+                                                nullptr, main_stream_ ? 1 : 2)) == nullptr)
     SleepUs(10);
+  task->AdoptSink(std::unique_ptr<CGetFrameActionClass>(new CHandleEventSink(RealPlayHandle())));
   task->SetStorageBase(name, by_file_name);
   if (task->Start(1048576) != 0) {
     delete task;
@@ -128,15 +137,34 @@ int CPullClass::StartRecord(const char* name, int max_file_seconds, int duration
 }
 
 int CPullClass::StopRecord() {
+  CRecordTask* task = DetachRecordTask();
+  if (task == nullptr) return -8999972;
+  CRecordTask::Destroy(task);
+  return 0;
+}
+
+CRecordTask* CPullClass::DetachRecordTask() {
   Lock(kRecordLock);
   CRecordTask* task = record_task_;
   record_task_ = nullptr;
   recording_ = 0;
   UnLock(kRecordLock);
-  if (task == nullptr) return -8999972;
-  task->Stop();
-  delete task;
-  return 0;
+  return task;
+}
+
+int CPullClass::RecordFrame(int type, const unsigned char* data, int length, int flag,
+                            double timestamp) {
+  Lock(kRecordLock);
+  int ret = -8999972;
+  if (recording_ && record_task_ != nullptr) {
+    ret = 0;
+    if (record_task_->IsRunning()) {
+      CRingBuffer* ring = type == QV_FRAME_VIDEO ? record_task_->VideoRing() : record_task_->AudioRing();
+      ring->Write(data, length, flag, timestamp);
+    }
+  }
+  UnLock(kRecordLock);
+  return ret;
 }
 
 int CPullClass::IsRecording() {

@@ -17,14 +17,31 @@
 class CRTSPObjectList;
 class CRecordTask;
 
+// Reports a record task's events as status events of a real-play handle.
+// It does not refer to the pull, so a task may end after its pull is gone
+// (a host that stops the stream from the callback of a record event).
+class CHandleEventSink : public CGetFrameActionClass {
+ public:
+  explicit CHandleEventSink(long handle) : handle_(handle) {}
+  int OnGetVideoFrame(unsigned char*, int, int, double) override { return 0; }
+  int OnGetAudioFrame(unsigned char*, int, int, double) override { return 0; }
+  int OnRecordEvent(int event, const char* text) override;
+
+ private:
+  long handle_;
+};
+
 class CPullClass : public CThreadClass, public CGetFrameActionClass {
  public:
   // pull_mode 0 is real play.
   CPullClass(CRTSPObjectList* owner, int pull_mode, int auto_reconnect);
   ~CPullClass() override;
 
-  // Stores the stream's texts, link mode, callback and user data, stops a
-  // previous run and starts the thread. Returns this (the handle's object).
+  // Stores the stream's texts, link mode, callback and user data.
+  void SetStream(const char* address, const char* user, const char* password, int link_mode,
+                 QV_RealDataCallBack callback, void* user_data);
+  // SetStream, then stops a previous run and starts the thread. Returns
+  // this (the handle's object).
   CPullClass* Add(const char* address, const char* user, const char* password, int link_mode,
                   QV_RealDataCallBack callback, void* user_data);
 
@@ -72,16 +89,23 @@ class CPullClass : public CThreadClass, public CGetFrameActionClass {
   // Pull objects alive in the process.
   static int LiveCount() { return live_count_; }
 
-  // Starts a record task on this stream's parameters (see CRecordTask):
-  // `name` is the storage directory, or with by_file_name the ".avi" file.
-  // 0; -8999973 while recording; -8999970 before the stream's parameters are
-  // known; -8999971 when the record thread does not start.
+  // Starts a record task on this stream's parameters as they are known now
+  // (see CRecordTask for the defaults it takes for what is not): `name` is
+  // the storage directory, or with by_file_name the ".avi" file. The task
+  // reports its events with this stream's handle. 0; -8999973 while
+  // recording; -8999971 when the record thread does not start.
   int StartRecord(const char* name, int max_file_seconds, int duration_seconds,
                   int by_file_name);
-  // Stops the task (its open file is closed and renamed) and destroys it.
-  // 0, or -8999972 when not recording.
+  // Stops the task (its open file is closed and renamed) and destroys it
+  // (CRecordTask::Destroy). 0, or -8999972 when not recording.
   int StopRecord();
+  // Takes the record task away from the stream (no frame reaches it any
+  // more) and hands it to the caller; null when not recording.
+  CRecordTask* DetachRecordTask();
   int IsRecording();
+  // One frame for the recording alone (no callback): type 0 video, 1 audio.
+  // 0, or -8999972 when not recording.
+  int RecordFrame(int type, const unsigned char* data, int length, int flag, double timestamp);
   // Frames waiting in the record task's rings (0 when not recording).
   int PendingRecordFrames();
 

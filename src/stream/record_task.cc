@@ -1,12 +1,12 @@
 #include "stream/record_task.h"
 
 #include <fcntl.h>
+#include <pthread.h>
 #include <strings.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <climits>
 #include <cstring>
 #include <new>
 
@@ -15,6 +15,7 @@
 #include "base/time_scale.h"
 #include "stream/avi_header.h"
 #include "stream/disk_space.h"
+#include "stream/ending_threads.h"
 
 namespace {
 
@@ -42,19 +43,6 @@ bool PathExists(const std::string& path) {
   return stat(path.c_str(), &st) == 0;
 }
 
-// mkdir -p with mode 0755; true when the folder exists afterwards.
-bool MakeFolders(const std::string& path) {
-  if (path.empty()) return false;
-  for (size_t at = 1; at <= path.size(); ++at) {
-    if (at == path.size() || path[at] == '/') {
-      std::string part = path.substr(0, at);
-      if (mkdir(part.c_str(), 0755) != 0 && errno != EEXIST) return false;
-    }
-  }
-  struct stat st;
-  return stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
-}
-
 // "name.avi" -> "name<suffix>.avi" (suffix before the extension, if any).
 std::string WithSuffix(const std::string& name, const std::string& suffix) {
   size_t dot = name.find_last_of('.');
@@ -67,9 +55,12 @@ std::string WithSuffix(const std::string& name, const std::string& suffix) {
 
 }  // namespace
 
+std::atomic<int> CRecordTask::live_count_{0};
+
 CRecordTask::CRecordTask(const __STREAM_AV_PARAM* params, int max_file_seconds,
                          int duration_seconds, CGetFrameActionClass* sink, int stream_kind)
     : video_ring_(kRingSlots), audio_ring_(kRingSlots) {
+  ++live_count_;
   SetDebugClassName("CRecordTask");
   memset(&params_, 0, sizeof(params_));
   video_ring_.SetBufferName("record_video_inbuffer");
@@ -77,20 +68,21 @@ CRecordTask::CRecordTask(const __STREAM_AV_PARAM* params, int max_file_seconds,
   SetTaskParam(params, max_file_seconds, duration_seconds, sink, stream_kind);
 }
 
-CRecordTask::~CRecordTask() { Stop(); }
+CRecordTask::~CRecordTask() {
+  Stop();
+  --live_count_;
+}
 
 int CRecordTask::SetTaskParam(const __STREAM_AV_PARAM* params, int max_file_seconds,
                               int duration_seconds, CGetFrameActionClass* sink, int stream_kind) {
   max_file_seconds_ = max_file_seconds;
   remaining_seconds_ = duration_seconds;
-  unlimited_ = duration_seconds <= 0;
   sink_ = sink;
   stream_kind_ = stream_kind;
   if (params == nullptr) return -1;
   params_ = *params;
   const QV_VIDEO_PARAM& v = params_.video;
   const QV_AUDIO_PARAM& a = params_.audio;
-  media_error_.clear();
 
   std::string video = CodecText(v.codec, sizeof(v.codec));
   video_enable_ = !video.empty();
@@ -104,7 +96,6 @@ int CRecordTask::SetTaskParam(const __STREAM_AV_PARAM* params, int max_file_seco
     QV_LOG("[%s:%d]video type is MPEG4!\n");
   } else {
     QV_LOG("[%s:%d]unkown video codec: %s\n", video.c_str());
-    media_error_ = video;
   }
 
   std::string audio = CodecText(a.codec, sizeof(a.codec));
@@ -121,17 +112,16 @@ int CRecordTask::SetTaskParam(const __STREAM_AV_PARAM* params, int max_file_seco
     QV_LOG("[%s:%d]audio type is AAC!\n");
   } else {
     QV_LOG("[%s:%d]unkown audio codec: %s\n", audio.c_str());
-    if (media_error_.empty()) media_error_ = audio;
   }
 
   width_ = v.width > 0 ? v.width : 704;
   height_ = v.height > 0 ? v.height : 576;
   bit_rate_ = v.bit_rate > 0 ? v.bit_rate : 2097152;
   frame_rate_ = v.frame_rate > 0 ? v.frame_rate : 25;
-  bool aac = audio_codec_ == kAviAudioAac;
-  sample_rate_ = a.sample_rate > 0 ? a.sample_rate : (aac ? 44100 : 8000);
-  bits_per_sample_ = a.bits_per_sample > 0 ? a.bits_per_sample : (aac ? 16 : 8);
-  channels_ = a.channels > 0 ? a.channels : 1;
+  // Audio is described as the stream gives it, unknown values included.
+  sample_rate_ = a.sample_rate;
+  bits_per_sample_ = a.bits_per_sample;
+  channels_ = a.channels;
   return 0;
 }
 
@@ -146,13 +136,39 @@ int CRecordTask::SetStorageBase(const char* base, int by_file_name) {
 const char* CRecordTask::GetStorageBase() { return storage_base_.c_str(); }
 
 std::string CRecordTask::FreeSpaceFolder() {
-  if (storage_base_.empty()) return std::string();
-  return ExistingFolderOf(by_file_name_ ? FolderOfFile(storage_base_) : storage_base_);
+  if (storage_base_.empty() || !by_file_name_) return storage_base_;
+  return FolderOfFile(storage_base_);
 }
 
 int CRecordTask::Start(int stack_size) { return CThreadClass::Start(stack_size); }
 
 int CRecordTask::Stop() { return Kill(-1); }
+
+void CRecordTask::Destroy(CRecordTask* task) {
+  if (task == nullptr) return;
+  if (task->IsRunning() && pthread_equal(task->Handle(), pthread_self())) {
+    task->delete_when_done_ = true;
+    ending_threads::Add();
+    task->Kill(0);  // lets the thread go; it sees the stop when the callback returns
+    return;
+  }
+  task->Stop();
+  delete task;
+}
+
+int CRecordTask::RunThread() {
+  int ret = CThreadClass::RunThread();
+  if (delete_when_done_) {
+    delete this;
+    ending_threads::Done();
+  }
+  return ret;
+}
+
+void CRecordTask::AdoptSink(std::unique_ptr<CGetFrameActionClass> sink) {
+  owned_sink_ = std::move(sink);
+  sink_ = owned_sink_.get();
+}
 
 void CRecordTask::SetClock(std::function<unsigned long()> clock) { clock_ = std::move(clock); }
 
@@ -191,7 +207,6 @@ int CRecordTask::Thread() {
          static_cast<int>(GetTickCount()));
   QV_LOG("[%s:%d]recrod thread before RecordBegin, thread id = %d,m_audio_enable=%d\n",
          static_cast<int>(GetCurrentThreadId()), audio_enable_ ? 1 : 0);
-  if (!media_error_.empty()) SendEvent(EVENT_RECORD_MEDIA_PARAM_ERROR, media_error_.c_str());
 
   unsigned char* media = nullptr;
   while (IsRunning() && (media = new (std::nothrow) unsigned char[kMediaBufferSize]) == nullptr) {
@@ -208,11 +223,8 @@ int CRecordTask::Thread() {
         alive_at = GetTickCount();
         QV_LOG("[%s:%d]record thread is running ...\r\n");
       }
-      if (storage_base_.empty()) {
-        SendEvent(EVNET_RECORD_FILEBEGIN_ERROR, "");
-        SleepThread(static_cast<int>(ScaledMs(1000)), 10);
-        continue;
-      }
+      // A storage folder that does not exist (a card that is not mounted)
+      // has no free space: nothing is made until it appears.
       std::string folder = FreeSpaceFolder();
       if (CheckDiskFreeSpace(folder.c_str()) != 0) {
         QV_LOG("[%s:%d]freespace is too small when fork new record task, stop recording\n");
@@ -226,15 +238,14 @@ int CRecordTask::Thread() {
         SleepThread(static_cast<int>(ScaledMs(100)), 10);
         continue;
       }
-      int file_seconds =
-          FileLengthSeconds(unlimited_ ? LLONG_MAX : remaining_seconds_, max_file_seconds_);
+      int file_seconds = FileLengthSeconds(remaining_seconds_, max_file_seconds_);
       RecordFrames(media, file_seconds);
       QV_LOG("[%s:%d]record one file exit loop,start close avi file.\n");
       unsigned long elapsed_ms = NowMs() - begin_ms_;
       ret = RecordEnd();
       if (ret != 0) QV_LOG("[%s:%d]record end failed, reader = %d\n", ret);
       remaining_seconds_ -= static_cast<long long>(elapsed_ms / 1000);
-      if (!unlimited_ && remaining_seconds_ < 1) {
+      if (remaining_seconds_ < 1) {
         QV_LOG("[%s:%d]video record thread exit,all time reached--------\r\n");
         break;
       }
@@ -250,7 +261,10 @@ void CRecordTask::RecordFrames(unsigned char* media, int file_seconds) {
   const unsigned long file_ms = static_cast<unsigned long>(file_seconds) * 1000UL;
   const unsigned long idle_ms = ScaledMs(50);
   unsigned long alive_at = GetTickCount();
-  while (IsRunning() && record_fp_ != nullptr) {
+  // A file given up after a failed write keeps its turn: its frames are
+  // taken and dropped until its length has passed, so a failing disk is
+  // not tried again at once.
+  while (IsRunning()) {
     unsigned long elapsed = NowMs() - begin_ms_;
     if (GetTickCount() - alive_at >= kAliveLogMs) {
       alive_at = GetTickCount();
@@ -260,8 +274,7 @@ void CRecordTask::RecordFrames(unsigned char* media, int file_seconds) {
     }
     if (elapsed > file_ms) {
       int key = 0;
-      // Without video no key frame will come: the length alone ends the file.
-      if (!video_enable_ || (video_ring_.IsKeyFrame(&key) && key != 0)) {
+      if (video_ring_.IsKeyFrame(&key) && key != 0) {
         QV_LOG("[%s:%d]avi record duration reached.\n");
         return;
       }
@@ -298,19 +311,13 @@ int CRecordTask::MakeFileNames() {
   if (by_file_name_) {
     final_name_ = file_number_ == 1 ? storage_base_
                                     : WithSuffix(storage_base_, "-" + std::to_string(file_number_));
-    std::string folder = FolderOfFile(final_name_);
-    if (!MakeFolders(folder)) {
-      QV_LOG("[%s:%d]mkdir :%s fail\n", folder.c_str());
-      SendEvent(EVNET_RECORD_FILEBEGIN_ERROR, folder.c_str());
-      return -1;
-    }
   } else {
     char day[32];
     snprintf(day, sizeof(day), "/%04d-%02d-%02d", st.tm_year, st.tm_mon + 1, st.tm_mday);
+    // Only the day folder is made: the storage folder itself must exist.
     std::string day_folder = storage_base_ + day;
-    if (!MakeFolders(day_folder)) {
+    if (mkdir(day_folder.c_str(), 0755) != 0 && errno != EEXIST) {
       QV_LOG("[%s:%d]mkdir :%s fail\n", day_folder.c_str());
-      SendEvent(EVNET_RECORD_FILEBEGIN_ERROR, day_folder.c_str());
       return -1;
     }
     int number = stream_kind_;
@@ -331,11 +338,11 @@ int CRecordTask::RecordBegin() {
   video_frames_ = 0;
   audio_frames_ = 0;
   movie_bytes_ = 0;
+  movie_offset_ = 0;
   first_key_seen_ = false;
   vol_written_ = false;
   if (InitAVIHeader() != 0) {
     QV_LOG("[%s:%d]InitAVIHeader failed!\n");
-    SendEvent(EVENT_RECORD_INITAVIHEAD_ERROR, "");
     return -1;
   }
   InitAVIIndex();
@@ -388,15 +395,9 @@ int CRecordTask::RecordEnd() {
     result = -1;
   }
   QV_LOG("[%s:%d]video frame = %d, audio frame = %d\n", video_frames_, audio_frames_);
-  if (result != 0) {
-    SendEvent(EVNET_RECORD_WRITE_FILE_ERROR, final_name_.c_str());
-    return result;
-  }
-  {
-    CriticalSectionGuard guard(&general_lock_);
-    finished_.push_back(final_name_);
-  }
-  SendEvent(EVENT_RECORD_FILEEND, final_name_.c_str());
+  if (result != 0) return result;
+  CriticalSectionGuard guard(&general_lock_);
+  finished_.push_back(final_name_);
   return 0;
 }
 
@@ -404,5 +405,4 @@ void CRecordTask::GiveUpFile() {
   if (record_fp_ == nullptr) return;
   fclose(record_fp_);
   record_fp_ = nullptr;
-  SendEvent(EVNET_RECORD_WRITE_FILE_ERROR, final_name_.c_str());
 }

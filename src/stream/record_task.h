@@ -11,35 +11,42 @@
 // final name when it is closed.
 //
 // Files: with a storage directory, one folder per day "YYYY-MM-DD" under it
-// and files "HHMMSS-av-N.avi" (audio and video) or "HHMMSS-vv-N.avi" (video
-// only), N = the stream kind when 1 or 2, else 1 for 640x480 and larger and
-// 2 below; a name already taken gets "_2", "_3", ... before ".avi". With a
-// file name, that name; should the 3,600 s cap split it, later files get
-// "-2", "-3", ... before the extension.
+// (the storage folder itself is never made) and files "HHMMSS-av-N.avi"
+// (audio and video) or "HHMMSS-vv-N.avi" (video only), N = the stream kind
+// when 1 or 2, else 1 for 640x480 and larger and 2 below; a name already
+// taken gets "_2", "_3", ... before ".avi". With a file name, that name;
+// should the 3,600 s cap split it, later files get "-2", "-3", ... before the
+// extension.
 //
 // Lengths: a file lasts the maximum seconds per file, or the whole remaining
-// duration when that is at most 11/10 of it; either way 10 to 3,600 s. A
-// duration of 0 or less records until Stop(). Time runs on the task's clock
-// (SetClock); by default the monotonic clock, sped up by the timer scale
+// duration when that is at most 11/10 of it; either way 10 to 3,600 s (so a
+// duration of 0 or less gives one 10 s file). A file ends at the first video
+// key frame after its length. Time runs on the task's clock (SetClock); by
+// default the monotonic clock, sped up by the timer scale
 // (base/time_scale.h).
 //
+// Free space: before each file, that of the storage folder (with a file
+// name, its folder) must be 2,048 MB; a folder that does not exist has none.
+//
 // Events to the sink (OnRecordEvent, on the record thread): 42 a file was
-// opened (final path), 43 a file was closed and renamed (final path), 44 the
-// task ended (""), 45 too little free space (""), 46 a file or its folder
-// could not be made (that path), 47 writing or renaming a file failed (final
-// path), 48 the header could not be built (""), 49 the stream parameters name
-// a codec the recorder does not know (the codec name).
+// opened (its final path), 44 the task ended (""), 45 too little free space
+// ("", also for a folder that does not exist or none set), 46 a file could
+// not be opened (its temporary path), 47 writing the header failed (final
+// path). A chunk that
+// cannot be written closes the file under its temporary name; the rest of
+// that file's frames are dropped.
 //
 // File format: the header image of avi_header.h; then chunks of an 8-byte
 // identifier ("00dc" or "01wb" and four zero bytes), a 4-byte little-endian
 // length and the frame bytes, with no padding; then the index: the word
-// "idx1", a word with 32 x entries, and per chunk (audio too) four words:
-// identifier, flags (16 = key frame; audio is always 16), offset of the
-// chunk from the "movi" word, length. At the end the header is rewritten
-// with the file size - 8 (offset 8), the video frame count (96) and the
-// movie list size ("movi" word and chunks).
+// "idx1", a word with 32 x entries, and per video chunk four words:
+// "00dc", flags (16 = key frame), offset of the chunk from the "movi" word,
+// length. At the end the header is rewritten with the file size - 8 (offset
+// 8), the video frame count (96) and the movie list size: 8 for the "movi"
+// word plus, per video chunk, its length + 16.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <functional>
@@ -72,6 +79,21 @@ class CRecordTask : public CThreadClass {
   int Start(int stack_size = 0) override;  // starts the record thread
   int Stop();  // stops and joins it; the open file is closed and renamed
   int Thread() override;
+  // Thread() and its bookkeeping; then destroys the task when Destroy was
+  // called on its own thread.
+  int RunThread() override;
+
+  // Stops the task and destroys it. From another thread this waits for the
+  // record thread. From the record thread itself (a host that stops the
+  // recording from the callback of a record event) it returns at once: the
+  // thread closes its file, reports the end and destroys the task.
+  static void Destroy(CRecordTask* task);
+
+  // Events go to `sink` (before Start); the task owns it.
+  void AdoptSink(std::unique_ptr<CGetFrameActionClass> sink);
+
+  // Record tasks alive in the process.
+  static int LiveCount() { return live_count_; }
 
   CRingBuffer* VideoRing() { return &video_ring_; }  // "record_video_inbuffer"
   CRingBuffer* AudioRing() { return &audio_ring_; }  // "record_audio_inbuffer"
@@ -80,8 +102,8 @@ class CRecordTask : public CThreadClass {
   // -4 header write), and closes it with index, final header and rename.
   int RecordBegin();
   int RecordEnd();
-  // One chunk each; 0, or -1 when the file had to be given up. Video before
-  // the file's first key frame is dropped (0).
+  // One chunk each; 0, or -1 when there is no file (none open, or given up
+  // now). Video before the file's first key frame is dropped (0).
   int RecordOneVideoFrame(const unsigned char* data, int length, int flag);
   int RecordOneAudioFrame(const unsigned char* data, int length, int flag);
 
@@ -108,7 +130,6 @@ class CRecordTask : public CThreadClass {
 
  private:
   struct IndexEntry {
-    uint32_t id;  // 0 video, 1 audio
     uint32_t flags;
     uint64_t offset;
     uint32_t length;
@@ -116,8 +137,8 @@ class CRecordTask : public CThreadClass {
 
   unsigned long NowMs();
   void SendEvent(int event, const char* text);
-  // Writes frames into the open file until the stop, a failed write, or the
-  // file length followed by a key frame.
+  // Writes frames into the file until the stop, or the file length followed
+  // by a key frame.
   void RecordFrames(unsigned char* media, int file_seconds);
   int MakeFileNames();  // final_name_ and temp_name_ (0, or -1)
   // Closes the file after a failed write, keeping its ".tmp" name.
@@ -129,7 +150,6 @@ class CRecordTask : public CThreadClass {
   __STREAM_AV_PARAM params_;
   int max_file_seconds_ = 0;
   long long remaining_seconds_ = 0;
-  bool unlimited_ = false;
   int stream_kind_ = 0;
   CGetFrameActionClass* sink_ = nullptr;
   std::string storage_base_;
@@ -142,7 +162,6 @@ class CRecordTask : public CThreadClass {
   int audio_codec_ = 0;
   int width_ = 0, height_ = 0, bit_rate_ = 0, frame_rate_ = 0;
   int sample_rate_ = 0, bits_per_sample_ = 0, channels_ = 0;
-  std::string media_error_;  // codec name for event 49, empty when fine
 
   CRingBuffer video_ring_;
   CRingBuffer audio_ring_;
@@ -153,7 +172,8 @@ class CRecordTask : public CThreadClass {
   std::vector<IndexEntry> index_;
   int video_frames_ = 0;
   int audio_frames_ = 0;
-  uint64_t movie_bytes_ = 0;  // chunk bytes after the "movi" word
+  uint64_t movie_bytes_ = 0;   // the movie list's count: video length + 16 each
+  uint64_t movie_offset_ = 0;  // chunk bytes written after the "movi" word
   bool first_key_seen_ = false;
   bool vol_written_ = false;
   int file_number_ = 0;       // files begun by this task
@@ -163,4 +183,7 @@ class CRecordTask : public CThreadClass {
   std::string temp_name_;
   std::vector<std::string> finished_;
   std::function<unsigned long()> clock_;
+  std::unique_ptr<CGetFrameActionClass> owned_sink_;
+  bool delete_when_done_ = false;  // only touched on the record thread
+  static std::atomic<int> live_count_;
 };

@@ -52,10 +52,9 @@ int CRecordTask::InitAVIHeader() {
 int CRecordTask::UpdateAVIHeader() {
   if (header_.size() < 16) return -1;
   uint64_t index_bytes = 16 + 32 * static_cast<uint64_t>(index_.size());
-  uint64_t file_size = header_.size() + movie_bytes_ + index_bytes;
+  uint64_t file_size = header_.size() + movie_offset_ + index_bytes;
   AviPutWord(header_.data() + avi_offset::kRiffSize, file_size - 8);
   AviPutWord(header_.data() + avi_offset::kTotalFrames, static_cast<uint64_t>(video_frames_));
-  // The movie list size: the "movi" word and the chunks.
   AviPutWord(header_.data() + header_.size() - 16, 8 + movie_bytes_);
   return 0;
 }
@@ -77,12 +76,12 @@ int CRecordTask::InitAVIIndex() {
   return 0;
 }
 
-int CRecordTask::AddAVIIndex(const char* id, int flags, int length) {
+// Only video chunks are indexed, so the identifier is always "00dc".
+int CRecordTask::AddAVIIndex(const char*, int flags, int length) {
   if (index_.size() >= kMaxIndexEntries) return -1;
   IndexEntry entry;
-  entry.id = strncmp(id, "01wb", 4) == 0 ? 1 : 0;
   entry.flags = static_cast<uint32_t>(flags);
-  entry.offset = 8 + movie_bytes_;
+  entry.offset = 8 + movie_offset_;
   entry.length = static_cast<uint32_t>(length);
   try {
     index_.push_back(entry);
@@ -109,7 +108,7 @@ int CRecordTask::WriteAVIIndex() {
   AviPutWord(buf + 8, 32 * static_cast<uint64_t>(count));
   unsigned char* p = buf + 16;
   for (const IndexEntry& e : index_) {
-    AviPutCode(p, e.id == 1 ? "01wb" : "00dc");
+    AviPutCode(p, "00dc");
     AviPutWord(p + 8, e.flags);
     AviPutWord(p + 16, e.offset);
     AviPutWord(p + 24, e.length);
@@ -174,7 +173,8 @@ int CRecordTask::RecordOneVideoFrame(const unsigned char* data, int length, int 
   if (AddAVIIndex("00dc", key ? kKeyFlag : 0, vol_length + length) != 0) {
     QV_LOG("[%s:%d]AddAVIIndex failed!\n");
   }
-  movie_bytes_ += 12 + static_cast<uint64_t>(vol_length + length);
+  movie_offset_ += 12 + static_cast<uint64_t>(vol_length + length);
+  movie_bytes_ += 16 + static_cast<uint64_t>(vol_length + length);
   ++video_frames_;
   return 0;
 }
@@ -191,8 +191,7 @@ int CRecordTask::RecordOneAudioFrame(const unsigned char* data, int length, int)
     GiveUpFile();
     return -1;
   }
-  if (AddAVIIndex("01wb", kKeyFlag, length) != 0) QV_LOG("[%s:%d]AddAVIIndex failed!\n");
-  movie_bytes_ += 12 + static_cast<uint64_t>(length);
+  movie_offset_ += 12 + static_cast<uint64_t>(length);
   ++audio_frames_;
   return 0;
 }

@@ -1,5 +1,6 @@
 #include "stream/ring_buffer.h"
 
+#include <climits>
 #include <cstring>
 #include <new>
 
@@ -108,7 +109,8 @@ void CRingBuffer::CommitWriteSlot(int length, int flag, double timestamp, bool c
 }
 
 int CRingBuffer::Write(const unsigned char* data, int length, int flag, double timestamp) {
-  if (data == nullptr || length <= 0) return 0;
+  // An empty frame is a frame like any other; bytes without a source are not.
+  if (length < 0 || (data == nullptr && length > 0)) return 0;
   EnterCriticalSection(&lock_);
   if (write_item_ == nullptr) {
     LeaveCriticalSection(&lock_);
@@ -123,13 +125,16 @@ int CRingBuffer::Write(const unsigned char* data, int length, int flag, double t
   if (slot->data == nullptr) {
     int size = kGrownSlotSize;
     if (length > kGrownSlotSize) {
-      size = length + kBigFrameMargin;
-      QV_LOG("[%s:%d]big frame, size :%d\n\n", size);
-      if (size > kMaxSlotSize) {
-        QV_LOG("[%s:%d]can't alloc this :%d\n", size);
+      // In 64 bits: a host may hand in any length up to INT_MAX.
+      long long wanted = static_cast<long long>(length) + kBigFrameMargin;
+      int logged = wanted > INT_MAX ? INT_MAX : static_cast<int>(wanted);
+      QV_LOG("[%s:%d]big frame, size :%d\n\n", logged);
+      if (wanted > kMaxSlotSize) {
+        QV_LOG("[%s:%d]can't alloc this :%d\n", logged);
         LeaveCriticalSection(&lock_);
         return 0;  // discarded on purpose: the producer carries on
       }
+      size = static_cast<int>(wanted);
     }
     for (int attempt = 0; attempt < kWriteAllocAttempts && slot->data == nullptr; ++attempt) {
       if (attempt > 0) SleepMs(10);
@@ -144,7 +149,7 @@ int CRingBuffer::Write(const unsigned char* data, int length, int flag, double t
     }
     slot->alloc_size = size;
   }
-  memcpy(slot->data, data, static_cast<size_t>(length));
+  if (length > 0) memcpy(slot->data, data, static_cast<size_t>(length));
   CommitWriteSlot(length, flag, timestamp, true);
   LeaveCriticalSection(&lock_);
   return 0;

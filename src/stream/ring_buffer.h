@@ -50,8 +50,9 @@ class CRingBuffer {
   bool BufferIsFull() const;
   bool CanRead() const;
 
-  // Copies one frame in. 0 = stored, or deliberately not stored (too big);
-  // -1 = no memory.
+  // Copies one frame in (an empty one too: it is counted and read back with
+  // length 0). 0 = stored, or deliberately not stored (too big, a negative
+  // length, or null bytes with a length); -1 = no memory.
   int Write(const unsigned char* data, int length, int flag, double timestamp);
   // The write slot's buffer, at least `length` bytes, to fill in place; null
   // when no memory could be had.

@@ -9,7 +9,9 @@
 #include "base/compat.h"
 #include "base/debug_log.h"
 #include "base/time_scale.h"
+#include "stream/ending_threads.h"
 #include "stream/record_stream_pull.h"
+#include "stream/record_task.h"
 #include "stream/rtsp_pull_class.h"
 
 namespace {
@@ -36,12 +38,14 @@ long CRTSPObjectList::Add(const char* address, const char* user, const char* pas
   while ((pull = new (std::nothrow) CRTSPPullClass(this, 0, auto_reconnect_default_)) == nullptr)
     SleepUs(10);
   long handle = pull->RealPlayHandle();
+  // Complete before anyone can find it by its handle.
+  pull->SetStream(address, user, password, link_mode, callback, user_data);
+  pull->SetMainStream(stream_index == 0 ? 1 : 0);
   {
     CriticalSectionGuard guard(&general_lock_);
     pulls_[handle] = pull;
   }
   QV_LOG("[%s:%d]==============add pitem:%s============", address);
-  pull->SetMainStream(stream_index == 0 ? 1 : 0);
   if (pull->Add(address, user, password, link_mode, callback, user_data) == nullptr) {
     SetLastError(0);
     return 0;
@@ -58,17 +62,32 @@ CPullClass* CRTSPObjectList::GetRtspObject(long handle, int erase) {
   return pull;
 }
 
+bool CRTSPObjectList::OnOwnThread(CPullClass* pull) {
+  return pthread_equal(pull->Handle(), pthread_self()) && pull->IsRunning();
+}
+
 void CRTSPObjectList::DestroyPull(CPullClass* pull, int wait) {
   pull->MarkStoppedByHost();
-  if (pthread_equal(pull->Handle(), pthread_self()) && pull->IsRunning()) {
+  if (OnOwnThread(pull)) {
     // A callback stops its own stream: the thread cannot join itself, so it
     // ends the stream when the callback returns and destroys the pull then.
     pull->SetStopFlag();
+    ending_threads::Add();
     static_cast<CRTSPPullClass*>(pull)->DeleteWhenDone();
     return;
   }
   pull->Kill(wait);
   delete pull;
+}
+
+CPullClass* CRTSPObjectList::ForgetPull(long handle) {
+  CriticalSectionGuard guard(&general_lock_);
+  auto it = pulls_.find(handle);
+  if (it == pulls_.end()) return nullptr;
+  CPullClass* pull = it->second;
+  pulls_.erase(it);
+  forgotten_.push_back(pull);
+  return pull;
 }
 
 int CRTSPObjectList::Delete(long handle) {
@@ -83,19 +102,33 @@ int CRTSPObjectList::Delete(long handle) {
 int CRTSPObjectList::ReleaseAll(int wait) {
   Kill(-1);
   std::vector<CPullClass*> pulls;
+  std::vector<CPullClass*> forgotten;
   {
     CriticalSectionGuard guard(&general_lock_);
     for (auto& entry : pulls_) pulls.push_back(entry.second);
     if (wait != 0) pulls_.clear();
+    forgotten.swap(forgotten_);
   }
   // Every pull is asked first, so that all of them wind down together.
+  for (auto* list : {&pulls, &forgotten}) {
+    for (CPullClass* pull : *list) {
+      pull->MarkStoppedByHost();
+      pull->SetStopFlag();
+    }
+  }
+  // Then each thread is waited for. Registered pulls stay registered when
+  // wait is 0; forgotten ones can never be reached again and go at once. A
+  // host callback that releases everything ends its own pull's thread when
+  // it returns.
   for (CPullClass* pull : pulls) {
-    pull->MarkStoppedByHost();
-    pull->SetStopFlag();
+    if (wait != 0) {
+      DestroyPull(pull, wait);
+    } else if (!OnOwnThread(pull)) {
+      pull->Kill(0);
+    }
   }
-  if (wait != 0) {
-    for (CPullClass* pull : pulls) DestroyPull(pull, wait);
-  }
+  for (CPullClass* pull : forgotten) DestroyPull(pull, -1);
+  ending_threads::WaitAll();
   Kill(-1);
   return 0;
 }
@@ -122,12 +155,13 @@ int CRTSPObjectList::SetAutoReconnect(long handle, int on) {
     auto_reconnect_default_ = on;
     return -8999989;
   }
-  CPullClass* pull = GetRtspObject(handle, 1);
+  // Neither call touches the pull; it may be released at any time now.
+  CPullClass* pull = ForgetPull(handle);
   return pull != nullptr ? pull->SetAutoReconnect(on) : -8999989;
 }
 
 int CRTSPObjectList::Reconnect(long handle) {
-  CPullClass* pull = GetRtspObject(handle, 1);
+  CPullClass* pull = ForgetPull(handle);
   return pull != nullptr ? pull->Reconnect() : -8999989;
 }
 
@@ -142,6 +176,7 @@ int CRTSPObjectList::GetAvParam(long handle, __STREAM_AV_PARAM* param) {
 int CRTSPObjectList::GetVideoParam(long handle, QV_VIDEO_PARAM* video) {
   __STREAM_AV_PARAM param;
   int ret = GetAvParam(handle, &param);
+  if (ret == 0 && video == nullptr) return -8999992;
   if (ret == 0) *video = param.video;
   return ret;
 }
@@ -149,6 +184,7 @@ int CRTSPObjectList::GetVideoParam(long handle, QV_VIDEO_PARAM* video) {
 int CRTSPObjectList::GetAudioParam(long handle, QV_AUDIO_PARAM* audio) {
   __STREAM_AV_PARAM param;
   int ret = GetAvParam(handle, &param);
+  if (ret == 0 && audio == nullptr) return -8999992;
   if (ret == 0) *audio = param.audio;
   return ret;
 }
@@ -169,8 +205,19 @@ int CRTSPObjectList::StartRecord(long handle, const char* name, int a, int b) {
 }
 
 int CRTSPObjectList::StopRecord(long handle) {
-  CPullClass* pull = GetRtspObject(handle, 0);
-  return pull != nullptr ? pull->StopRecord() : -8999989;
+  CRecordTask* task = nullptr;
+  {
+    // The task is taken under the lock, so a stop of the stream on another
+    // thread cannot free the pull meanwhile; it is stopped outside, where
+    // its events may call back into the registry.
+    CriticalSectionGuard guard(&general_lock_);
+    auto it = pulls_.find(handle);
+    if (it == pulls_.end()) return -8999989;
+    task = it->second->DetachRecordTask();
+  }
+  if (task == nullptr) return -8999972;
+  CRecordTask::Destroy(task);
+  return 0;
 }
 
 long CRTSPObjectList::StartRecordStream(const __STREAM_AV_PARAM* param, const char* name, int a,
@@ -196,12 +243,11 @@ int CRTSPObjectList::InputRecordStream(long handle, int type, const unsigned cha
                                        int length, int flag, double timestamp) {
   if (data == nullptr || length <= 0 || (type != QV_FRAME_VIDEO && type != QV_FRAME_AUDIO))
     return -8999992;
-  CPullClass* pull = GetRtspObject(handle, 0);
-  if (pull == nullptr) return -8999989;
-  if (!pull->IsRecording()) return -8999972;
-  unsigned char* bytes = const_cast<unsigned char*>(data);
-  if (type == QV_FRAME_VIDEO) return pull->OnGetVideoFrame(bytes, length, flag, timestamp);
-  return pull->OnGetAudioFrame(bytes, length, flag, timestamp);
+  // Under the lock: a stop on another thread waits until the frame is in.
+  CriticalSectionGuard guard(&general_lock_);
+  auto it = pulls_.find(handle);
+  if (it == pulls_.end()) return -8999989;
+  return it->second->RecordFrame(type, data, length, flag, timestamp);
 }
 
 int CRTSPObjectList::StopRecordStream(long handle) { return Delete(handle); }

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <map>
+#include <vector>
 
 #include "base/thread_class.h"
 #include "quorvel/quorvel.h"
@@ -27,8 +28,10 @@ class CRTSPObjectList : public CThreadClass {
            int stream_index, QV_RealDataCallBack callback, void* user_data);
   // Stops the pull, waits for it and destroys it. 0, or -8999989.
   int Delete(long handle);
-  // Stops the watchdog and every pull: wait 0 only asks; non-zero also waits
-  // for each pull, destroys it and empties the map. 0.
+  // Stops the watchdog and every pull, and waits for their threads (a pull
+  // whose thread calls this ends when its callback returns). Wait 0 keeps
+  // the pulls registered; non-zero also destroys them and empties the map.
+  // Pulls forgotten by SetAutoReconnect/Reconnect are destroyed either way. 0.
   int ReleaseAll(int wait);
   // The pull, or null; erase removes the handle from the map (the pull is
   // not destroyed).
@@ -43,11 +46,13 @@ class CRTSPObjectList : public CThreadClass {
   // Handle 0 stores the default for new pulls and answers -8999989 (so the
   // caller goes on to the session registry). Otherwise the handle is looked
   // up -- and forgotten, as designed: the pull keeps running but is no
-  // longer known to Delete -- 0, or -8999989 when unknown.
+  // longer known to Delete; only ReleaseAll stops it -- 0, or -8999989 when
+  // unknown.
   int SetAutoReconnect(long handle, int on);
   int Reconnect(long handle);
 
-  // Copies a pull's parameter blocks. 0, or -8999989.
+  // Copies a pull's parameter blocks. 0, -8999989, or -8999992 for a null
+  // destination of a known handle.
   int GetVideoParam(long handle, QV_VIDEO_PARAM* video);
   int GetAudioParam(long handle, QV_AUDIO_PARAM* audio);
   // Both blocks of a pull; -8999989 when the handle is unknown.
@@ -59,6 +64,8 @@ class CRTSPObjectList : public CThreadClass {
   // storage directory with files of `a` seconds for a duration of `b`
   // seconds. Otherwise as CPullClass::StartRecord; -8999989 unknown handle.
   int StartRecord(long handle, const char* name, int a, int b);
+  // Stops and destroys the recording (CRecordTask::Destroy). 0, -8999972
+  // when not recording, or -8999989.
   int StopRecord(long handle);
 
   // Host-fed recording: registers a pull without a source for the given
@@ -67,9 +74,10 @@ class CRTSPObjectList : public CThreadClass {
   // StartRecord; nothing stays registered then).
   long StartRecordStream(const __STREAM_AV_PARAM* param, const char* name, int a, int b);
   // One frame of a host-fed stream: type 0 video (flag 1 = key frame), 1
-  // audio; time stamps in milliseconds on one clock. 0; -8999992 for another
-  // type, null data or a length of 0 or less; -8999972 when its recording
-  // has ended (StopRecord); -8999989 unknown handle.
+  // audio; time stamps in milliseconds on one clock. It goes to the
+  // recording only. 0; -8999992 for another type, null data or a length of
+  // 0 or less; -8999972 when its recording has ended (StopRecord);
+  // -8999989 unknown handle.
   int InputRecordStream(long handle, int type, const unsigned char* data, int length, int flag,
                         double timestamp);
   // Stops the recording and forgets the handle. 0, or -8999989.
@@ -96,8 +104,13 @@ class CRTSPObjectList : public CThreadClass {
   // Stops a pull and destroys it; from the pull's own thread (a callback
   // stopping its stream) the pull is left to destroy itself when it ends.
   void DestroyPull(CPullClass* pull, int wait);
+  // True when the calling thread is the pull's own (inside its callback).
+  static bool OnOwnThread(CPullClass* pull);
+  // Removes the handle from the map and keeps the pull among the forgotten.
+  CPullClass* ForgetPull(long handle);
 
   std::map<long, CPullClass*> pulls_;  // guarded by general_lock_
+  std::vector<CPullClass*> forgotten_;  // guarded by general_lock_
   QV_RealDataCallBack global_callback_ = nullptr;
   void* global_user_ = nullptr;
   CRITICAL_SECTION callback_lock_;

@@ -13,6 +13,7 @@
 #include "base/compat.h"
 #include "base/debug_log.h"
 #include "stream/av_stream_source.h"
+#include "stream/ending_threads.h"
 
 CRTSPPullClass::CRTSPPullClass(CRTSPObjectList* owner, int pull_mode, int auto_reconnect)
     : CPullClass(owner, pull_mode, auto_reconnect) {
@@ -40,7 +41,10 @@ int CRTSPPullClass::Start(int stack_size) {
 
 int CRTSPPullClass::RunThread() {
   int ret = CThreadClass::RunThread();
-  if (delete_when_done_) delete this;
+  if (delete_when_done_) {
+    delete this;
+    ending_threads::Done();
+  }
   return ret;
 }
 

@@ -81,6 +81,44 @@ TEST_F(AviReaderTest, BothHeaderImagesChunksAndIndex) {
   EXPECT_TRUE(r.HasIndex());
 }
 
+// Recordings of earlier versions indexed audio chunks too: their index is
+// read as well, and gives the same key marks.
+TEST_F(AviReaderTest, IndexOfEveryChunkFromEarlierRecordingsIsRead) {
+  RecordFeed av;
+  av.params = AvParams("H264", 640, 480, "G711U", 8000);
+  for (int i = 0; i < 6; ++i) av.video.push_back(Synthetic(100 + i, i % 3 == 0, 1));
+  for (int i = 0; i < 4; ++i) av.audio.push_back(Synthetic(160, false, 2));
+  ASSERT_EQ(RecordFeedTo(av, dir_ / "new.avi"), 6);
+  RecordedFile f = ReadRecording(dir_ / "new.avi");
+  ASSERT_EQ(f.index.size(), 6u);
+  // The same file as an earlier version wrote it: every chunk indexed.
+  std::vector<uint8_t> old(f.bytes.begin(), f.bytes.end() - static_cast<long>(16 + 32 * 6));
+  auto put_word = [&old](uint64_t v) {
+    for (int i = 0; i < 8; ++i) old.push_back(static_cast<uint8_t>(v >> (8 * i)));
+  };
+  put_word(0x31786469);  // "idx1"
+  put_word(32 * f.chunks.size());
+  size_t video = 0;
+  for (const RecordedChunk& c : f.chunks) {
+    bool is_video = c.id == "00dc";
+    put_word(is_video ? 0x63643030 : 0x62773130);  // "00dc" / "01wb"
+    put_word(is_video ? f.index[video++].flags : 16);
+    put_word(c.offset);
+    put_word(c.data.size());
+  }
+  ASSERT_TRUE(WriteFileBytes(dir_ / "old.avi", old));
+  for (const char* name : {"new.avi", "old.avi"}) {
+    CAviReader r;
+    ASSERT_EQ(r.Open(dir_ / name), 0) << r.Error();
+    EXPECT_TRUE(r.HasIndex()) << name;
+    std::vector<int> keys;
+    for (const AviChunk& c : r.Chunks()) {
+      if (c.video) keys.push_back(c.index_key);
+    }
+    EXPECT_EQ(keys, (std::vector<int>{1, 0, 0, 1, 0, 0})) << name;
+  }
+}
+
 TEST_F(AviReaderTest, ScanStopsAtTheFirstDamagedChunk) {
   RecordFeed feed;
   feed.params = AvParams("H264", 640, 480, "", 0);
@@ -138,13 +176,14 @@ TEST_F(AviReaderTest, HeadersThatAreNotRecordingsAreRefused) {
       {112, 1, "no movie list"},           {224, 0x34363248ULL << 8, "unknown video handler"},
       {128, 0, "picture size"},            {136, 1ULL << 40, "picture size"},
       {264, 0, "frame rate"},              {264, 5000, "frame rate"},
-      {4608, 2, "unknown audio format"},   {4722, 0, "audio format"},
+      {4608, 2, "unknown audio format"},   {4722, 9, "audio format"},
       {4728, 1ULL << 33, "audio format"},  {10288, 0, "movie list"},
   };
   for (const Case& c : cases) {
     std::vector<uint8_t> bad = good;
     if (c.at == 4722) {
-      bad[c.at] = bad[c.at + 1] = 0;  // 16-bit channel count
+      bad[c.at] = static_cast<uint8_t>(c.word);  // 16-bit channel count
+      bad[c.at + 1] = 0;
     } else {
       for (int i = 0; i < 8; ++i) bad[c.at + static_cast<size_t>(i)] = static_cast<uint8_t>(c.word >> (8 * i));
     }

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 
 #include "media_helper.h"
 #include "record_helper.h"
@@ -117,6 +118,31 @@ TEST_F(ConverterTest, Mpeg4WithALawToldFromTheSamples) {
   r = Convert(rec, dir_ / "m4.mp4");
   EXPECT_EQ(ProbeStreams(dir_ / "m4.mp4"), "video:mpeg4,audio:aac");
   EXPECT_EQ(r.audio_in, "pcm_alaw");
+}
+
+// What a recording does not know of its stream: started before the stream's
+// parameters came (video marked MPEG-4 704x576, whatever it holds), or with
+// audio whose rate and channels were not told. The frames tell the rest.
+TEST_F(ConverterTest, RecordingsThatDidNotKnowTheirStreamConvert) {
+  RecordFeed unknown = H264Feed("");
+  memset(&unknown.params, 0, sizeof(unknown.params));
+  std::string rec = dir_ / "unknown.avi";
+  ASSERT_EQ(RecordFeedTo(unknown, rec), 100);
+  EXPECT_EQ(CodeAt(ReadFileBytes(rec), 224), "XVID");
+  AviConvertReport r = Convert(rec, dir_ / "unknown.mp4");
+  EXPECT_EQ(r.video_codec, "h264");
+  EXPECT_EQ(r.video_frames, 100);
+  EXPECT_EQ(ProbeStreams(dir_ / "unknown.mp4"), "video:h264");
+
+  RecordFeed untold = H264Feed("G711U");
+  untold.params.audio.sample_rate = 0;
+  untold.params.audio.channels = 0;
+  untold.audio = SplitBytes(ToneMedia("pcm_mulaw"), 160);
+  rec = dir_ / "untold.avi";
+  ASSERT_EQ(RecordFeedTo(untold, rec), 100);
+  r = Convert(rec, dir_ / "untold.mp4");
+  EXPECT_EQ(r.audio_in, "pcm_mulaw");
+  EXPECT_NEAR(StreamSeconds(dir_ / "untold.mp4", 1), 4.0, 0.15) << "8 kHz, one channel";
 }
 
 TEST_F(ConverterTest, TmpOfAKilledRecordingIsRecovered) {

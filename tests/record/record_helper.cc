@@ -1,5 +1,7 @@
 #include "record_helper.h"
 
+#include <gtest/gtest.h>
+
 #include <dirent.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -127,6 +129,28 @@ RecordedFile ReadRecording(const std::string& path) {
     }
   }
   return f;
+}
+
+std::vector<RecordedIndexRow> ExpectSelfConsistent(const RecordedFile& f) {
+  EXPECT_EQ(f.error, "");
+  EXPECT_TRUE(f.has_index);
+  EXPECT_EQ(WordAt(f.bytes, 8), f.bytes.size() - 8);
+  EXPECT_EQ(WordAt(f.bytes, 96), static_cast<uint64_t>(f.Count("00dc")));
+  uint64_t movie = 8;
+  std::vector<const RecordedChunk*> video;
+  for (const RecordedChunk& c : f.chunks) {
+    if (c.id != "00dc") continue;
+    movie += 16 + c.data.size();
+    video.push_back(&c);
+  }
+  EXPECT_EQ(WordAt(f.bytes, f.header_size - 16), movie);
+  EXPECT_EQ(f.index.size(), video.size());
+  for (size_t i = 0; i < video.size() && i < f.index.size(); ++i) {
+    EXPECT_EQ(f.index[i].id, "00dc") << i;
+    EXPECT_EQ(f.index[i].offset, video[i]->offset) << i;
+    EXPECT_EQ(f.index[i].length, video[i]->data.size()) << i;
+  }
+  return f.index;
 }
 
 std::vector<uint8_t> ReadFileBytes(const std::string& path) {

@@ -57,6 +57,12 @@ struct RecordedFile {
   int Count(const std::string& id) const;
 };
 RecordedFile ReadRecording(const std::string& path);
+// Checks that a closed recording agrees with itself: the RIFF size is the
+// file's, the header counts its video chunks, the movie list size is 8 plus
+// every video chunk's length + 16, and the index lists the video chunks in
+// order (offset from the "movi" word, length). The video chunks' index rows,
+// in chunk order, for checks of their flags.
+std::vector<RecordedIndexRow> ExpectSelfConsistent(const RecordedFile& f);
 
 std::vector<uint8_t> ReadFileBytes(const std::string& path);
 bool WriteFileBytes(const std::string& path, const std::vector<uint8_t>& bytes);

@@ -89,6 +89,9 @@ TEST_F(RecordSplitTest, FileLengthsOnTheTestClock) {
       {"ten-second files", 5, 30, 1000, 1, {11, 11, 11}},
       // 4,000 s in one file is asked; 3,600 s is the most a file holds.
       {"cut to an hour", 4000, 4000, 10000, 1, {361, 40}},
+      // No duration left from the start: one file of the shortest length.
+      {"no duration", 300, 0, 1000, 1, {11}},
+      {"a negative duration", 300, -5, 1000, 1, {11}},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(Run(c.max_file_seconds, c.duration_seconds, c.step_ms, c.key_every), c.frames)
@@ -96,6 +99,36 @@ TEST_F(RecordSplitTest, FileLengthsOnTheTestClock) {
   }
   // The rule alone, where the product of the eleven tenths would overflow.
   EXPECT_EQ(CRecordTask::FileLengthSeconds(100000, 2147483647), 3600);
+}
+
+// A file ends at a video key frame after its length: a stream without video
+// keeps its file until the recording is stopped.
+TEST_F(RecordSplitTest, WithoutVideoTheFileLastsUntilTheStop) {
+  __STREAM_AV_PARAM p;
+  memset(&p, 0, sizeof(p));
+  strcpy(p.audio.codec, "G711U");
+  p.audio.sample_rate = 8000;
+  p.audio.channels = 1;
+  std::atomic<unsigned long> now{1000000};
+  const unsigned long origin = now;
+  EventLog events;
+  CRecordTask task(&p, 10, 10, &events, 0);
+  task.SetStorageBase(dir_.path().c_str(), 0);
+  task.SetClock([&now] { return now.load(); });
+  task.Start();
+  unsigned char frame[160] = {};
+  for (int i = 0; i <= 30; ++i) {
+    now = origin + static_cast<unsigned long>(i) * 1000;
+    task.AudioRing()->Write(frame, sizeof(frame), 0, i * 1000.0);
+    ASSERT_TRUE(WaitUntil([&] { return task.AudioRing()->GetReadCount() == 0; }));
+  }
+  ASSERT_TRUE(WaitUntil([&] { return task.AudioFrames() == 31; }));
+  EXPECT_TRUE(task.IsRunning());
+  EXPECT_TRUE(task.FinishedFiles().empty());
+  task.Stop();
+  ASSERT_EQ(task.FinishedFiles().size(), 1u);
+  EXPECT_EQ(ReadRecording(task.FinishedFiles()[0]).Count("01wb"), 31);
+  EXPECT_EQ(events.Count(EVNET_RECORD_FILEBEGIN), 1);
 }
 
 TEST_F(RecordSplitTest, ScaledMonotonicClockSplitsTheSameWay) {

@@ -111,8 +111,13 @@ TEST_F(RealPlayArgs, UnknownHandlesAnswerUnknownHandle) {
     EXPECT_EQ(IP_NET_DVR_GetVideoParam(handle, &video), -8999989);
     EXPECT_EQ(IP_NET_DVR_GetAudioParam(handle, &audio), -8999989);
   }
+  // The handle is looked up first: a null destination is only wrong for a
+  // stream that exists.
+  EXPECT_EQ(IP_NET_DVR_GetVideoParam(0x12345678L, nullptr), -8999989);
+  EXPECT_EQ(IP_NET_DVR_GetAudioParam(0x12345678L, nullptr), -8999989);
   long handle = Play(Info(9, 1, 0));
   EXPECT_EQ(IP_NET_DVR_GetVideoParam(handle, nullptr), QV_E_INVALID_ARG);
+  EXPECT_EQ(IP_NET_DVR_GetAudioParam(handle, nullptr), QV_E_INVALID_ARG);
   EXPECT_EQ(IP_NET_DVR_GetVideoParam(handle, &video), 0);
   EXPECT_EQ(video.codec[0], '\0') << "nothing known before the stream answers";
   handles_.clear();
@@ -120,25 +125,34 @@ TEST_F(RealPlayArgs, UnknownHandlesAnswerUnknownHandle) {
   EXPECT_EQ(IP_NET_DVR_StopRealPlay(handle), -8999989) << "a stopped handle is forgotten";
 }
 
-TEST_F(RealPlayArgs, AutoReconnectAndReconnectForgetTheHandle) {
-  long a = Play(Info(9, 1, 0));
-  long b = Play(Info(9, 1, 0));
-  handles_.clear();
-  CPullClass* pull_a = OjbectRtspList.GetRtspObject(a, 0);
-  CPullClass* pull_b = OjbectRtspList.GetRtspObject(b, 0);
-  EXPECT_EQ(IP_NET_DVR_SetAutoReconnect(a, 1), 0);
-  EXPECT_EQ(IP_NET_DVR_Reconnect(b), 0);
-  // The pulls keep running but their handles are gone.
-  EXPECT_EQ(IP_NET_DVR_StopRealPlay(a), -8999989);
-  EXPECT_EQ(IP_NET_DVR_StopRealPlay(b), -8999989);
-  EXPECT_EQ(OjbectRtspList.SetAutoReconnect(a, 1), -8999989);
-  EXPECT_EQ(OjbectRtspList.Reconnect(b), -8999989);
-  // The exported calls then ask the device sessions, which know no such ID.
-  EXPECT_EQ(IP_NET_DVR_SetAutoReconnect(a, 1), -9000002);
-  EXPECT_EQ(IP_NET_DVR_Reconnect(b), -9000002);
-  EXPECT_TRUE(pull_a->IsRunning());
-  delete pull_a;
-  delete pull_b;
+// SetAutoReconnect and Reconnect forget a live handle, as designed: the
+// stream runs on, out of reach, until everything is released -- and then it
+// is stopped and its thread joined before the release returns.
+TEST_F(RealPlayArgs, ForgottenHandlesRunOnUntilEverythingIsReleased) {
+  for (bool cleanup : {false, true}) {
+    int live = CPullClass::LiveCount();
+    long a = Play(Info(9, 1, 0));
+    long b = Play(Info(9, 1, 0));
+    handles_.clear();
+    CPullClass* pull_a = OjbectRtspList.GetRtspObject(a, 0);
+    EXPECT_EQ(IP_NET_DVR_SetAutoReconnect(a, 1), 0);
+    EXPECT_EQ(IP_NET_DVR_Reconnect(b), 0);
+    EXPECT_EQ(IP_NET_DVR_StopRealPlay(a), -8999989);
+    EXPECT_EQ(IP_NET_DVR_StopRealPlay(b), -8999989);
+    EXPECT_EQ(OjbectRtspList.SetAutoReconnect(a, 1), -8999989);
+    EXPECT_EQ(OjbectRtspList.Reconnect(b), -8999989);
+    // The exported calls then ask the device sessions, which know no such ID.
+    EXPECT_EQ(IP_NET_DVR_SetAutoReconnect(a, 1), -9000002);
+    EXPECT_EQ(IP_NET_DVR_Reconnect(b), -9000002);
+    EXPECT_TRUE(pull_a->IsRunning());
+    EXPECT_EQ(CPullClass::LiveCount(), live + 2);
+    if (cleanup) {
+      EXPECT_EQ(IP_NET_DVR_Cleanup(), 0);
+    } else {
+      EXPECT_EQ(IP_NET_DVR_StopAllRealPlay(), 0);
+    }
+    EXPECT_EQ(CPullClass::LiveCount(), live) << (cleanup ? "Cleanup" : "StopAllRealPlay");
+  }
 }
 
 TEST_F(RealPlayArgs, HandleZeroSetsTheDefaultForNewStreams) {

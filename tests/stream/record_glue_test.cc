@@ -2,9 +2,11 @@
 // functions: arguments, file names, events, and the chunks in the files.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <thread>
 
 #include "base/compat.h"
 #include "black_hole_helper.h"
@@ -14,6 +16,7 @@
 #include "record_helper.h"
 #include "stream/disk_space.h"
 #include "stream/pull_class.h"
+#include "stream/record_task.h"
 #include "stream/rtsp_object_list.h"
 
 namespace {
@@ -85,13 +88,14 @@ TEST_F(RecordLive, AFileNameRecordsOneFileUnderItsTemporaryNameFirst) {
   EXPECT_GE(rec.Count("00dc"), 40);
   EXPECT_GE(rec.Count("01wb"), 10);
   EXPECT_TRUE(StartsWithSps(rec)) << "the file starts at a key frame with its SPS";
-  EXPECT_EQ(rec.index.size(), rec.chunks.size());
+  ExpectSelfConsistent(rec);
   for (const StatusEvent& e : log_.Statuses()) {
     if (e.code >= 42 && e.code <= 49) {
       EXPECT_EQ(e.id, handle);
     }
   }
-  EXPECT_EQ(log_.StatusCount(EVENT_RECORD_FILEEND), 1);
+  EXPECT_EQ(log_.StatusCount(EVNET_RECORD_FILEBEGIN), 1);
+  EXPECT_EQ(log_.StatusCount(EVENT_RECORD_TASKEND), 1);
 }
 
 TEST_F(RecordLive, StoppingTheStreamEndsItsRecordingInADayFolder) {
@@ -102,24 +106,23 @@ TEST_F(RecordLive, StoppingTheStreamEndsItsRecordingInADayFolder) {
   ASSERT_EQ(IP_NET_DVR_StartRecord(handle, dir.c_str(), 300, 600), 0);
   ASSERT_TRUE(log_.WaitForStatus(EVNET_RECORD_FILEBEGIN, kWaitMs));
   EXPECT_EQ(IP_NET_DVR_StopRealPlay(handle), 0);
-  ASSERT_EQ(log_.StatusCount(EVENT_RECORD_FILEEND), 1);
+  ASSERT_EQ(log_.StatusCount(EVENT_RECORD_TASKEND), 1);
   std::string path;
   for (const StatusEvent& e : log_.Statuses()) {
-    if (e.code == EVENT_RECORD_FILEEND) path = e.text;
+    if (e.code == EVNET_RECORD_FILEBEGIN) path = e.text;
   }
-  ASSERT_TRUE(FileExists(path)) << path;
+  ASSERT_EQ(ListFiles(dir), std::vector<std::string>{path}) << "closed under its final name";
   EXPECT_EQ(path.compare(0, dir.size() + 1, dir + "/"), 0);
   EXPECT_NE(path.find("-av-1.avi"), std::string::npos) << "audio and video, main stream";
 }
 
-TEST(RecordArgs, NamesHandlesAndMissingParametersAreRefused) {
+TEST(RecordArgs, NamesAndHandlesAreRefused) {
   ClientInfo info = StreamInfo(ClosedPort(), 1, 0, nullptr);
   long handle = IP_NET_DVR_RealPlayEx("127.0.0.1", "u", "p", &Ignore, &info, 0);
   EXPECT_EQ(IP_NET_DVR_StartRecord(handle, "x", 10, 10), -8999963);
   EXPECT_EQ(IP_NET_DVR_StartRecord(handle, "", 10, 10), -8999963);
   EXPECT_EQ(IP_NET_DVR_StartRecord(handle, nullptr, 10, 10), -8999963);
   EXPECT_EQ(IP_NET_DVR_StartRecord(12345, "/tmp", 10, 10), QV_E_UNKNOWN_HANDLE);
-  EXPECT_EQ(IP_NET_DVR_StartRecord(handle, "/tmp", 10, 10), QV_E_RECORD_NO_PARAM);
   EXPECT_EQ(IP_NET_DVR_StopRecord(handle), QV_E_RECORD_NOT_RUNNING);
   EXPECT_EQ(IP_NET_DVR_StopRecord(12345), QV_E_UNKNOWN_HANDLE);
   EXPECT_EQ(IP_NET_DVR_StopRealPlay(handle), 0);
@@ -216,6 +219,121 @@ TEST(RecordFed, FramesBeyondTheRingsLimitAreLeftOutWithoutHarm) {
   EXPECT_EQ(rec.chunks[1].data.size(), 514048u);
   EXPECT_EQ(rec.chunks[2].data.size(), 3000u);
   EXPECT_EQ(rec.chunks[3].data.size(), 4000u);
+}
+
+// A host stops the recording -- or the whole stream -- from the status
+// callback of a record event, on the record thread itself (say on event 45,
+// the disk is full). The call succeeds, the file in hand is closed under its
+// final name, the task reports its end and destroys itself.
+struct EventStopper {
+  int event;                  // stop on the first event of this code
+  long (*stop)(long handle);  // the exported call that stops
+  std::atomic<long> result{1};
+  FrameLog log;
+};
+
+long StopOnEvent(long id, long code, const char* text, void* user) {
+  EventStopper* s = static_cast<EventStopper*>(user);
+  s->log.AddStatus({id, code, text != nullptr ? text : ""});
+  if (code == s->event && s->result == 1) s->result = s->stop(id);
+  return 0;
+}
+
+TEST(RecordStopFromEvent, EveryStopEndsTheTaskCleanly) {
+  const struct {
+    const char* what;
+    int event;
+    long (*stop)(long);
+    bool live;  // a real-play stream (else a host-fed one)
+  } cases[] = {
+      {"StopRecord on opening a file", EVNET_RECORD_FILEBEGIN, &IP_NET_DVR_StopRecord, false},
+      {"StopRecord on a full disk", EVENT_RECORD_DISKFREESPACE_TOOLOW, &IP_NET_DVR_StopRecord,
+       false},
+      {"StopRecordStream on opening a file", EVNET_RECORD_FILEBEGIN, &IP_NET_DVR_StopRecordStream,
+       false},
+      {"StopRealPlay on opening a file", EVNET_RECORD_FILEBEGIN, &IP_NET_DVR_StopRealPlay, true},
+      {"StopRealPlay on a full disk", EVENT_RECORD_DISKFREESPACE_TOOLOW, &IP_NET_DVR_StopRealPlay,
+       true},
+  };
+  __STREAM_AV_PARAM param;
+  memset(&param, 0, sizeof(param));
+  snprintf(param.video.codec, sizeof(param.video.codec), "H264");
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    TempDir dir;
+    bool full = c.event == EVENT_RECORD_DISKFREESPACE_TOOLOW;
+    SetDiskFreeCommand(full ? "echo 1 #%s" : "echo 99999999 #%s");
+    int tasks = CRecordTask::LiveCount();
+    int pulls = CPullClass::LiveCount();
+    EventStopper stopper;
+    stopper.event = c.event;
+    stopper.stop = c.stop;
+    IP_NET_DVR_SetStatusEventCallBack(&StopOnEvent, &stopper);
+    long handle = 0;
+    if (c.live) {
+      ClientInfo info = StreamInfo(ClosedPort(), 1, 0, nullptr);
+      handle = IP_NET_DVR_RealPlayEx("127.0.0.1", "u", "p", &Ignore, &info, 0);
+      ASSERT_EQ(IP_NET_DVR_StartRecord(handle, dir.path().c_str(), 300, 600), 0);
+    } else {
+      handle = IP_NET_DVR_StartRecordStream(&param, dir.path().c_str(), 300, 600);
+      ASSERT_GT(handle, 0);
+    }
+    ASSERT_TRUE(WaitUntil([&] { return stopper.result != 1; }));
+    EXPECT_EQ(stopper.result, 0);
+    ASSERT_TRUE(stopper.log.WaitForStatus(EVENT_RECORD_TASKEND, kWaitMs));
+    ASSERT_TRUE(WaitUntil([&] { return CRecordTask::LiveCount() == tasks; }))
+        << "the task destroys itself";
+    std::vector<std::string> files = ListFiles(dir.path());
+    ASSERT_EQ(files.size(), full ? 0u : 1u);
+    if (!full) {
+      EXPECT_EQ(files[0].find(".tmp"), std::string::npos) << files[0];
+    }
+    for (const StatusEvent& e : stopper.log.Statuses()) EXPECT_EQ(e.id, handle) << e.code;
+    if (c.stop == &IP_NET_DVR_StopRecord) {
+      EXPECT_EQ(IP_NET_DVR_StopRecord(handle), QV_E_RECORD_NOT_RUNNING);
+      EXPECT_EQ(c.live ? IP_NET_DVR_StopRealPlay(handle) : IP_NET_DVR_StopRecordStream(handle), 0);
+    } else {
+      EXPECT_EQ(c.stop(handle), QV_E_UNKNOWN_HANDLE);
+    }
+    ASSERT_TRUE(WaitUntil([&] { return CPullClass::LiveCount() == pulls; }));
+    IP_NET_DVR_SetStatusEventCallBack(nullptr, nullptr);
+  }
+  SetDiskFreeCommand(nullptr);
+}
+
+// Frames fed on one thread while another stops the recording: every call
+// answers with a code of its own, and the stream is never used after it was
+// freed (the sanitizer build checks the memory side).
+TEST(RecordFed, FeedingWhileAnotherThreadStopsIsSafe) {
+  TempDir dir;
+  SetDiskFreeCommand("echo 1 #%s");  // no file: the frames only pass the rings
+  __STREAM_AV_PARAM param;
+  memset(&param, 0, sizeof(param));
+  snprintf(param.video.codec, sizeof(param.video.codec), "H264");
+  std::vector<unsigned char> frame(200000, 0x11);
+  for (int round = 0; round < 20; ++round) {
+    long handle = IP_NET_DVR_StartRecordStream(&param, dir.path().c_str(), 300, 600);
+    ASSERT_GT(handle, 0);
+    std::atomic<int> fed{0};
+    std::atomic<long> odd{0};
+    std::thread feeder([&] {
+      for (;;) {
+        long ret = IP_NET_DVR_InputRecordStream(handle, QV_FRAME_VIDEO, frame.data(),
+                                                static_cast<int>(frame.size()), 1, fed * 40.0);
+        if (ret == QV_E_UNKNOWN_HANDLE) return;
+        if (ret != 0 && ret != QV_E_RECORD_NOT_RUNNING) odd = ret;
+        ++fed;
+      }
+    });
+    EXPECT_TRUE(WaitUntil([&] { return fed >= 3; }));
+    if (round % 2 == 1) {
+      EXPECT_EQ(IP_NET_DVR_StopRecord(handle), 0);
+    }
+    EXPECT_EQ(IP_NET_DVR_StopRecordStream(handle), 0);
+    feeder.join();
+    EXPECT_EQ(odd, 0) << "round " << round;
+  }
+  SetDiskFreeCommand(nullptr);
 }
 
 }  // namespace

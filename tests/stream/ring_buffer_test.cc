@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <climits>
 #include <cstring>
 #include <thread>
 #include <vector>
@@ -146,6 +147,30 @@ TEST(RingBufferSizes, FramesFrom514049BytesAreDiscardedWithSuccess) {
   EXPECT_EQ(ring.Read(dest.data(), 0, nullptr, nullptr), 514048);
   EXPECT_EQ(dest[514047], 0x11);
   EXPECT_EQ(ReadByte(ring), 3);
+}
+
+// Lengths come from hosts (recording of host-fed frames): an empty frame is
+// a frame; a length too big for a slot is discarded at once, whatever its
+// size, without touching the bytes.
+TEST(RingBufferSizes, EmptyFramesCountAndOversizedLengthsAreDiscarded) {
+  CRingBuffer ring(30);
+  unsigned char byte = 7;
+  EXPECT_EQ(ring.Write(&byte, 0, 3, 1.5), 0);
+  EXPECT_EQ(ring.Write(nullptr, 0, 4, 2.5), 0);
+  EXPECT_EQ(ring.GetReadCount(), 2);
+  int flag = 0;
+  double ts = 0;
+  EXPECT_EQ(ring.Read(&byte, 1, &flag, &ts), 0);
+  EXPECT_EQ(flag, 3);
+  EXPECT_DOUBLE_EQ(ts, 1.5);
+  EXPECT_EQ(ring.GetReadCount(), 1) << "the empty frame was consumed";
+
+  for (int length : {514049, INT_MAX - 10240, INT_MAX - 10239, INT_MAX}) {
+    EXPECT_EQ(ring.Write(&byte, length, 1, 0), 0) << length;
+  }
+  EXPECT_EQ(ring.Write(&byte, -1, 0, 0), 0);
+  EXPECT_EQ(ring.Write(nullptr, 5, 0, 0), 0);
+  EXPECT_EQ(ring.GetReadCount(), 1);
 }
 
 TEST(RingBufferInPlace, LockedFramesRoundTripWithoutCopy) {

@@ -65,6 +65,36 @@ TEST(HostStop, ReturnsWithinASecondBetweenRefusedConnectionAttempts) {
   EXPECT_EQ(log.StatusCount(EVENT_RTSPTHREADEXIT), 0) << "the host knows it stopped the stream";
 }
 
+// Releasing every stream waits for a callback of a stream that is running,
+// as stopping one stream does; the streams stay registered until stopped.
+struct SlowStatus {
+  std::atomic<int> inside{0};
+  std::atomic<bool> released{false};
+  std::atomic<int> late{0};
+};
+
+long SlowStatusCallback(long, long, const char*, void* user) {
+  SlowStatus* s = static_cast<SlowStatus*>(user);
+  if (s->released) ++s->late;
+  s->inside = 1;
+  SleepMs(200);  // a host that takes its time with an event
+  s->inside = 0;
+  return 0;
+}
+
+TEST(HostStop, StopAllWaitsForARunningCallback) {
+  SlowStatus status;
+  IP_NET_DVR_SetStatusEventCallBack(&SlowStatusCallback, &status);
+  long handle = PlayAt(ClosedPort(), &Ignore, nullptr);  // reports each refused attempt
+  ASSERT_TRUE(WaitUntil([&] { return status.inside == 1; }, kWaitMs));
+  EXPECT_EQ(IP_NET_DVR_StopAllRealPlay(), 0);
+  status.released = true;
+  EXPECT_EQ(status.inside, 0) << "the release waited for the callback";
+  EXPECT_EQ(status.late, 0);
+  EXPECT_EQ(IP_NET_DVR_StopRealPlay(handle), 0);
+  IP_NET_DVR_SetStatusEventCallBack(nullptr, nullptr);
+}
+
 class CallbackStop : public ::testing::Test {
  protected:
   void SetUp() override { ASSERT_TRUE(server_.Start(qvemu::RtspOptions())); }
