@@ -180,9 +180,11 @@ QV_API long IP_NET_DVR_SetUserData(long userID, char* data, int length);
 /* Asks for a picture of stream (0 or 1) at quality 0..100 (code 1043).
  * timeout 0: returns once asked; the camera announces the picture with
  * alarm 23. Otherwise waits up to timeout ms (a negative timeout means 200)
- * for that alarm and then fetches the picture to path; fetching needs the
- * file channel, which this build lacks, so the wait ends with -1 when the
- * picture is announced, and with -8999961 when it is not. */
+ * for that alarm, fetches the picture to path as a download (files.h) and
+ * returns 0 once it is stored there (status 16), or when the wait ends
+ * while it is still arriving (status 16 or 17 follows). The download's
+ * refusal (for example -8999987 while another transfer runs), or -8999961
+ * when the picture was not announced in time. */
 QV_API long IP_NET_DVR_SnapPic(long userID, int stream, int quality, const char* path,
                                int timeout);
 

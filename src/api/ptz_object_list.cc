@@ -335,3 +335,19 @@ int CPTZObjectList::SnapPic(long id, int stream, int quality, const char* path, 
 int CPTZObjectList::ExchangeEncrypt(long id) {
   return Forward(id, [](CPTZControlClass* s) { return s->ExchangeEncrypt(); });
 }
+
+int CPTZObjectList::UploadFile(long id, long type, const char* path) {
+  return Forward(id, [=](CPTZControlClass* s) { return s->UploadFile(type, path); });
+}
+
+int CPTZObjectList::DownloadFile(long id, long type, const char* remote, const char* local) {
+  return Forward(id, [=](CPTZControlClass* s) { return s->DownloadFile(type, remote, local); });
+}
+
+int CPTZObjectList::GetProcessPos(long id, long direction) {
+  return Forward(id, [=](CPTZControlClass* s) { return s->GetDownloadPos(direction); });
+}
+
+int CPTZObjectList::StopUpload(long id) {
+  return Forward(id, [](CPTZControlClass* s) { return s->StopDownload(1); });
+}

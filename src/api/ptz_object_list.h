@@ -119,6 +119,14 @@ class CPTZObjectList {
   int WriteAUXStringEx1(long id, const char* data, int length);
   int PTZControlEx(long id, const char* xml);
   int SnapPic(long id, int stream, int quality, const char* path, int timeout_ms);
+  // File transfers (the session's UploadFile, DownloadFile, GetDownloadPos
+  // and StopDownload).
+  int UploadFile(long id, long type, const char* path);
+  int DownloadFile(long id, long type, const char* remote, const char* local);
+  int GetProcessPos(long id, long direction);
+  int StopUpload(long id);                        // stops either direction
+  int StopDownload(long) { return 0; }            // no lookup
+  int GetUploadState(long, long) { return 0; }    // no lookup
   int ExchangeEncrypt(long id);
 
   // LAN discovery, which lives and dies with the registry.

@@ -1,5 +1,6 @@
 #include "link/host_lookup.h"
 
+#include <arpa/inet.h>
 #include <netdb.h>
 #include <sys/socket.h>
 
@@ -11,6 +12,8 @@
 #include <mutex>
 #include <system_error>
 #include <thread>
+
+#include "base/debug_log.h"
 
 namespace {
 
@@ -67,4 +70,16 @@ bool LookUpHost(const std::string& name, in_addr_t* addr,
   }
   if (state->found) *addr = state->addr;
   return state->found;
+}
+
+in_addr_t ResolveHostAddress(const std::string& host, const std::function<bool()>& keep_waiting) {
+  in_addr_t addr = inet_addr(host.c_str());
+  if (addr != INADDR_NONE) return addr;
+  if (!LookUpHost(host, &addr, keep_waiting)) return inet_addr(host.c_str());
+  struct in_addr shown;
+  shown.s_addr = addr;
+  char text[INET_ADDRSTRLEN] = "";
+  inet_ntop(AF_INET, &shown, text, sizeof(text));
+  QV_LOG("[%s:%d]host %s ip str=%s\n", host.c_str(), text);
+  return addr;
 }

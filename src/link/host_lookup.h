@@ -18,3 +18,8 @@ bool LookUpHost(const std::string& name, in_addr_t* addr,
 // stand-in here (null restores getaddrinfo).
 using HostLookupFn = bool (*)(const char* name, in_addr_t* addr);
 void SetHostLookup(HostLookupFn lookup);
+
+// The IPv4 address of a camera's host text: dotted text directly, else the
+// first address of the name (logged), else whatever inet_addr makes of the
+// text. keep_waiting as for LookUpHost.
+in_addr_t ResolveHostAddress(const std::string& host, const std::function<bool()>& keep_waiting);

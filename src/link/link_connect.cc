@@ -42,15 +42,7 @@ int SocketError(int sock) {
 // address of the name, else whatever inet_addr makes of the text. A stop
 // ends the wait for the resolver.
 in_addr_t CPTZControlClass::ResolveHost() {
-  in_addr_t addr = inet_addr(host_.c_str());
-  if (addr != INADDR_NONE) return addr;
-  if (!LookUpHost(host_, &addr, [this] { return Running(); })) return inet_addr(host_.c_str());
-  struct in_addr shown;
-  shown.s_addr = addr;
-  char text[INET_ADDRSTRLEN] = "";
-  inet_ntop(AF_INET, &shown, text, sizeof(text));
-  QV_LOG("[%s:%d]host %s ip str=%s\n", host_.c_str(), text);
-  return addr;
+  return ResolveHostAddress(host_, [this] { return Running(); });
 }
 
 int CPTZControlClass::OpenSocket() {

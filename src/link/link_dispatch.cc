@@ -41,9 +41,14 @@ bool CPTZControlClass::Dispatch(char* message, int length) {
   if (Is(type, "AUXPTZ_HEARTBEAT_MESSAGE")) {
     last_recv_tick_ = GetTickCount();
   } else if (Is(type, "MEDIA_DATA_MESSAGE")) {
-    // Download data, upload acknowledgements and replay media belong to the
-    // file transfer and replay handlers; a camera never sends upload data.
-    if (code_value == 1) QV_LOG("[%s:%d]not allow type 1 (upload data) from ipc\n");
+    // Download data, upload acknowledgements and replay media; a camera
+    // never sends upload data. While a link-mode download runs, its frames
+    // go to the file (OnFileMediaData answers false for the others).
+    if (code_value == 1) {
+      QV_LOG("[%s:%d]not allow type 1 (upload data) from ipc\n");
+    } else {
+      OnFileMediaData(message, length);
+    }
   } else if (Is(type, "REVERSE_AUDIO_MESSAGE")) {
     OnTalkReply(code, flag_value, flag, message);
   } else if (Is(type, "USER_AUTH_MESSAGE")) {

@@ -16,6 +16,7 @@
 #include "link/ptz_control_class.h"
 #include "link/xml_request.h"
 #include "voice/audio_thread.h"
+#include "transfer/file_transport_thread.h"
 
 namespace {
 
@@ -108,7 +109,7 @@ void CPTZControlClass::MainLoop(char* request, int request_size) {
       }
     }
     SendTalkPackets();
-    // File-transfer upkeep joins the turn here.
+    FileTransferUpkeep(sent);
     if (!ReceiveTurn()) return;
     long silent = static_cast<long>(heartbeat_tick_ - last_recv_tick_);
     if (silent > static_cast<long>(ScaledMs(kHeartbeatWatchMs))) {

@@ -12,6 +12,7 @@
 #include "base/debug_log.h"
 #include "link/ipc_link_thread.h"
 #include "voice/audio_thread.h"
+#include "transfer/file_transport_thread.h"
 
 namespace {
 
@@ -48,6 +49,8 @@ CPTZControlClass::~CPTZControlClass() {
   delete link_thread_;
   if (wake_fd_ >= 0) close(wake_fd_);
   free(user_data_);
+  delete[] upload_packet_;
+  if (transfer_.file != nullptr) fclose(transfer_.file);
   aux_queue_.clear();
   ptz_queue_.clear();
   action_queue_.clear();
@@ -140,8 +143,12 @@ int CPTZControlClass::SetAutoReconnect(int on) {
 }
 
 bool CPTZControlClass::OnLinkThread() const {
-  return link_thread_ != nullptr && link_thread_->Handle() != 0 &&
-         pthread_equal(link_thread_->Handle(), pthread_self());
+  pthread_t self = pthread_self();
+  auto is_self = [self](const CThreadClass* t) {
+    return t != nullptr && t->Handle() != 0 && pthread_equal(t->Handle(), self);
+  };
+  // The file send thread posts the events of its transfers as well.
+  return is_self(link_thread_) || is_self(file_send_thread_);
 }
 
 std::string CPTZControlClass::SessionID() const {

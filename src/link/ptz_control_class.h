@@ -21,11 +21,13 @@
 #include "quorvel/quorvel.h"
 #include "voice/talk_audio_list.h"
 #include "voice/talk_state.h"
+#include "transfer/file_transfer_record.h"
 
 class CPTZObjectList;
 class CAudioThread;
 class CIpcLinkThread;
 class CThreadClass;
+class CFileTransportThread;
 
 class CPTZControlClass {
  public:
@@ -80,7 +82,8 @@ class CPTZControlClass {
   const std::string& Password() const { return password_; }
   std::string SessionID() const;
   std::string AbilityList() const;
-  // True on the session's own link thread (inside its callbacks).
+  // True on the session's own link thread or file send thread (inside its
+  // callbacks).
   bool OnLinkThread() const;
   // True on the link thread of any session.
   static bool OnAnyLinkThread();
@@ -162,6 +165,35 @@ class CPTZControlClass {
   TalkAudioList& TalkAudio() { return talk_audio_; }
   void SetAudioSendTick(unsigned long tick) { talk_.last_send_tick = tick; }
 
+  // ---- file transfers: one at a time, the data over the data channel or
+  // inside the control link, as the camera's reply says ----------------------
+  // Uploads local_file, announced with file_type (1 firmware, 0 configuration).
+  // 0; -8999982 no name or not readable; -8999988 / -8999987 while an upload /
+  // a download runs.
+  int UploadFile(long file_type, const char* local_file);
+  // Downloads remote_file into local_file. 0; -8999992 a null name; -8999997,
+  // -8999996 before login; -8999987 / -8999988 while a download / an upload
+  // runs; -8999986 while talk is requested.
+  int DownloadFile(long file_type, const char* remote_file, const char* local_file);
+  // Percent moved of the running transfer in that direction (1 upload, 0
+  // download): 101 when no transfer runs, -8999984 for the other direction.
+  long GetDownloadPos(long direction);
+  // Percent moved; -1 no name, -2 not connected, -3 not logged in.
+  int GetUploadFileProgress(const char* name);
+  int GetDownloadFileProgress(const char*) { return 0; }
+  int DownloadFileStop(const char*) { return 0; }
+  int RemoveFile(const char*) { return 0; }
+  // Stops the file send thread of a running transfer. 0.
+  int UploadFileStop();
+  // Ends the running transfer, either direction (the argument is unused).
+  // 0, or -8999985 when none runs.
+  int StopDownload(int direction);
+  // Ends a link-mode transfer with code (0 success) and posts its status
+  // (14 / 15 upload, 16 / 17 download). 0.
+  int OnFileTransportStatus(int code, const char* text);
+  // Tests mark talk as asked for (no downloads meanwhile).
+  void SetTalkRequested(bool on) { talk_.requested = on ? 1 : 0; }
+
   // ---- events (link thread) -------------------------------------------------
   long PostStatusMsg(long code, const char* text);
   long PostPTZResponseMsg(long code, long flag, const char* body);
@@ -230,8 +262,28 @@ class CPTZControlClass {
   int CheckLoggedIn();
   int CopyResponse(const std::string& response, std::string& out);
   int Queue(std::list<CAuxMsgBuffer>& queue, CBkMutex& lock, const CAuxMsgBuffer& msg);
-  // Hands a ready snapshot to the file channel. Its start result.
+  // Fetches a ready snapshot. The download's start result.
   int StartSnapshotDownload(const char* remote, const char* local);
+  // Waits, within the snapshot's wait from start, for its download to end.
+  void WaitSnapshotStored(unsigned long start, unsigned long wait_ms);
+
+  // File transfers (link thread): the camera's reply to an upload (1022) or
+  // download (1023) request; re-announcement, stall rule and link-mode
+  // upload data of one turn (sent: something else went out this turn); the
+  // data of a link-mode download (false when no such download runs).
+  long OnTransferReply(long code, long flag, const char* body);
+  void FileTransferUpkeep(bool sent);
+  void SendUploadPacket();
+  bool OnFileMediaData(char* message, int length);
+  // Creates the file send thread object when there is none (transfer lock held).
+  void EnsureFileThread();
+  // Moved bytes of the file send thread's transfer, and its end.
+  void SetTransferProgress(unsigned generation, uint32_t position, uint32_t total);
+  void EndChannelTransfer(unsigned generation);
+  // The link thread's lock of a link-mode transfer's open file.
+  void LockTransferFile();
+  void UnlockTransferFile();
+  friend class CFileTransportThread;
 
   CPTZObjectList* owner_;
   std::string host_;
@@ -253,7 +305,7 @@ class CPTZControlClass {
   int pins_ = 0;
 
   CAudioThread* audio_send_thread_ = nullptr;  // voice talk sender
-  CThreadClass* file_send_thread_ = nullptr;   // file transport channel
+  CFileTransportThread* file_send_thread_ = nullptr;  // file transport channel
   CIpcLinkThread* link_thread_ = nullptr;
 
   int wake_fd_ = -1;  // eventfd watched beside the socket
@@ -296,6 +348,12 @@ class CPTZControlClass {
   TalkState talk_;
   CBkMutex talk_lock_;
   TalkAudioList talk_audio_;
+
+  // The file transfer record; the open file of a link-mode transfer is also
+  // guarded by the link thread's lock "download_file_handle" (taken first).
+  FileTransferRecord transfer_;
+  CBkMutex transfer_lock_;
+  char* upload_packet_ = nullptr;  // link-mode upload frames, allocated on first use
 
   std::string last_ptz_response_;
   std::string last_aux_response_;

@@ -15,6 +15,9 @@ namespace {
 
 const long kRemoveReplyCode = 1024;
 const long kUserDataCode = 1034;
+const long kUploadReplyCode = 1022;
+const long kDownloadReplyCode = 1023;
+const long kSnapFileType = 1;
 const int kSnapReadyAlarm = 23;
 const size_t kRemoteNameMax = 255;
 
@@ -52,6 +55,9 @@ long CPTZControlClass::PostAuxResponseMsg(long code, long flag, const char* body
     std::string text = status_text_;
     PostStatusMsg(flag == 0 ? EVENT_REMOVEOK : EVENT_REMOVEFAILED, text.c_str());
     return 0;
+  }
+  if (code == kUploadReplyCode || code == kDownloadReplyCode) {
+    return OnTransferReply(code, flag, body);
   }
   if (code == kUserDataCode) {
     // The camera's user data, as pairs of hexadecimal digits. The length is
@@ -100,9 +106,6 @@ long CPTZControlClass::PostAlarmMsg(ALARM_ENTRY* entry) {
   return owner_->PostAlarmMsg(this, entry);
 }
 
-// The picture travels over the file transport channel, which this build
-// does not have: a ready snapshot ends the wait with "not supported".
-int CPTZControlClass::StartSnapshotDownload(const char* remote, const char*) {
-  QV_LOG("[%s:%d]%s: no file channel to fetch %s\n", log_label_.c_str(), remote);
-  return QV_E_UNSUPPORTED;
+int CPTZControlClass::StartSnapshotDownload(const char* remote, const char* local) {
+  return DownloadFile(kSnapFileType, remote, local);
 }

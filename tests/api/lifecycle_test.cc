@@ -25,6 +25,12 @@ namespace {
 
 class LifecycleTest : public ::testing::Test {
  protected:
+  // The stream watchdog starts with the library and logs its first line on
+  // its own thread; cases that compare the log wait for that line first.
+  void SetUp() override {
+    ASSERT_TRUE(testsupport::WaitFor([] { return OjbectRtspList.Watching(); }));
+  }
+
   void TearDown() override {
     while (DebugGetState().init_count > 0) IP_NET_DVR_Cleanup();
     IP_NET_DVR_LOG_CLOSE();

@@ -138,6 +138,12 @@ TEST_F(CameraTest, SystemControlCodesAnswerWithTheirOwnTypeAndCode) {
     std::string reply = c.Request("SYSTEM_CONTROL_MESSAGE", k.code, k.body);
     EXPECT_TRUE(StartsWith(reply, Head("SYSTEM_CONTROL_MESSAGE", k.code, k.flag)))
         << k.code << " " << k.body << "\n" << reply;
+    // A snapshot is followed by the alarm that names its picture.
+    std::string alarm;
+    if (std::string(k.code) == "1043") {
+      EXPECT_TRUE(c.ReadFrame(&alarm));
+      EXPECT_NE(alarm.find("Alarm_code=\"23\""), std::string::npos) << alarm;
+    }
   }
   EXPECT_NE(c.Request("SYSTEM_CONTROL_MESSAGE", "1031").find("<VideoCap CapList=\"MainStream,H264,"),
             std::string::npos);

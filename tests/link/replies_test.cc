@@ -159,6 +159,8 @@ TEST_F(RepliesTest, UserDataIsCutToTheCallersBufferAndDecodedByPairs) {
 
 TEST_F(RepliesTest, SnapshotWaitsForItsAlarm) {
   long id = LoginReady();
+  // A camera that acknowledges snapshots without taking them.
+  camera_->SetReply("SYSTEM_CONTROL_MESSAGE", 1043, 0, "");
   // Without waiting: asked and back at once.
   ASSERT_EQ(IP_NET_DVR_SnapPic(id, 1, 80, "/tmp/qv-snap.jpg", 0), 0);
   auto frames = Frames("SYSTEM_CONTROL_MESSAGE");
@@ -166,8 +168,8 @@ TEST_F(RepliesTest, SnapshotWaitsForItsAlarm) {
   EXPECT_EQ(frames[0].body, "\n<REQUEST_PARAM Stream=\"1\" Quality=\"80\"/>\n");
   // A negative wait means 200 ms; the camera never announces a picture.
   EXPECT_EQ(IP_NET_DVR_SnapPic(id, 0, 50, "/tmp/qv-snap.jpg", -5), QV_E_SNAP_TIMEOUT);
-  // Announced: the picture would travel over the file channel, which this
-  // build lacks.
+  // Announced: the wait ends once the picture's download has ended, here
+  // with status 17, as the camera has no such file.
   qvemu::AlarmSpec ready;
   ready.code = 23;
   ready.data = "/mnt/snap/0001.jpg";
@@ -179,9 +181,10 @@ TEST_F(RepliesTest, SnapshotWaitsForItsAlarm) {
         kWaitMs);
     camera_->SendAlarm({ready});
   });
-  EXPECT_EQ(IP_NET_DVR_SnapPic(id, 0, 50, "/tmp/qv-snap.jpg", kWaitMs), QV_E_UNSUPPORTED);
+  EXPECT_EQ(IP_NET_DVR_SnapPic(id, 0, 50, "/tmp/qv-snap.jpg", kWaitMs), 0);
   announcer.join();
   EXPECT_TRUE(events_.WaitStatus(id, EVENT_PTZALARM, kWaitMs));
+  EXPECT_TRUE(events_.WaitStatus(id, EVENT_DOWNLOADFAILED, kWaitMs));
 }
 
 TEST_F(RepliesTest, SnapshotTaskAsksEachCameraUntilStopped) {

@@ -252,6 +252,17 @@ void CameraBehaviour::SetMediaHandler(long code, Handler handler) {
   media_handlers_[code] = std::move(handler);
 }
 
+std::string CameraBehaviour::ConfigDocumentLocked() const { return config_.Text(); }
+
+bool CameraBehaviour::SetConfigDocumentLocked(const std::string& xml) { return config_.Load(xml); }
+
+time_t CameraBehaviour::CameraNowLocked() const { return time(nullptr) + clock_offset_; }
+
+void CameraBehaviour::AddNote(const std::string& text) {
+  std::lock_guard<std::mutex> lock(mu_);
+  Note(text);
+}
+
 void CameraBehaviour::SetLoginReply(LoginReply mode, int refuse_flag) {
   std::lock_guard<std::mutex> lock(mu_);
   login_mode_ = mode;

@@ -12,6 +12,7 @@
 #include <sstream>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <atomic>
@@ -22,6 +23,7 @@
 #include "emu/camera.h"
 #include "emu/camera_farm.h"
 #include "emu/config_store.h"
+#include "emu/file_service.h"
 #include "emu/rtsp_server.h"
 #include "emu/rtsp_settings.h"
 
@@ -45,6 +47,14 @@ void Usage(FILE* out) {
           "  --alarm-every N      send an alarm to every logged-in link each N seconds\n"
           "  --alarm-code N       Alarm_code of those alarms (default 1)\n"
           "  --talk-save FILE     write the talk audio received to FILE\n"
+          "files:\n"
+          "  --files DIR          serve downloads from DIR and keep uploads there\n"
+          "  --file-mode MODE     channel (default: a data connection per file) or link\n"
+          "                       (files inside the control link)\n"
+          "  --put-file NAME=FILE offer FILE's bytes for download as NAME\n"
+          "  --data-fault KIND:N  wrong-length:N (announce N bytes more), stall:N or\n"
+          "                       close:N (after N bytes of the file), wrong-flag:0\n"
+          "  --silent-files       leave transfer requests unanswered\n"
           "faults:\n"
           "  --silent-login       never answer a login\n"
           "  --refuse-login[=F]   refuse every login with flag F (default -1)\n"
@@ -91,6 +101,29 @@ bool ReadFile(const char* path, std::string* text) {
   std::ostringstream s;
   s << in.rdbuf();
   *text = s.str();
+  return true;
+}
+
+// KIND:N with KIND wrong-length, stall or close.
+bool ParseDataFault(const char* text, qvemu::DataChannelFault* fault) {
+  std::string arg = text;
+  size_t colon = arg.find(':');
+  if (colon == std::string::npos) return false;
+  std::string kind = arg.substr(0, colon);
+  long value = 0;
+  if (!ParseInt(arg.c_str() + colon + 1, INT_MIN, INT_MAX, &value)) return false;
+  if (kind == "wrong-length") {
+    fault->kind = qvemu::DataChannelFault::kWrongLength;
+  } else if (kind == "stall" && value >= 0) {
+    fault->kind = qvemu::DataChannelFault::kStall;
+  } else if (kind == "close" && value >= 0) {
+    fault->kind = qvemu::DataChannelFault::kCloseEarly;
+  } else if (kind == "wrong-flag") {
+    fault->kind = qvemu::DataChannelFault::kWrongFlag;
+  } else {
+    return false;
+  }
+  fault->value = value;
   return true;
 }
 
@@ -146,7 +179,8 @@ int main(int argc, char** argv) {
     kAlarmEvery, kAlarmCode, kSilentLogin, kRefuseLogin, kNoHeartbeat, kDelayMs, kQuiet, kHelp,
     kRtspPort, kRtspAudio, kRtspSize, kRtspSilentAfter, kRtspBitrate, kRtspPattern, kRtspShared,
     kTalkSave, kNoTalk, kTalkRefuse, kDiscovery, kCameras, kSerial, kAddress, kDeviceType,
-    kDiscoveryPort, kSearchRoot, kReplySpread
+    kDiscoveryPort, kSearchRoot, kReplySpread,
+    kFiles, kFileMode, kPutFile, kDataFault, kSilentFiles
   };
   static const option kOptions[] = {
       {"port", required_argument, nullptr, kPort},
@@ -183,6 +217,11 @@ int main(int argc, char** argv) {
       {"discovery-port", required_argument, nullptr, kDiscoveryPort},
       {"search-root", required_argument, nullptr, kSearchRoot},
       {"reply-spread", required_argument, nullptr, kReplySpread},
+      {"files", required_argument, nullptr, kFiles},
+      {"file-mode", required_argument, nullptr, kFileMode},
+      {"put-file", required_argument, nullptr, kPutFile},
+      {"data-fault", required_argument, nullptr, kDataFault},
+      {"silent-files", no_argument, nullptr, kSilentFiles},
       {nullptr, 0, nullptr, 0},
   };
 
@@ -201,6 +240,9 @@ int main(int argc, char** argv) {
   long talk_refuse = 0;
   qvemu::FarmOptions farm;
   bool discovery = false;
+  qvemu::DataChannelFault data_fault;
+  bool silent_files = false;
+  std::vector<std::pair<std::string, std::string>> put_files;
   int c;
   while ((c = getopt_long(argc, argv, "", kOptions, nullptr)) != -1) {
     bool ok = true;
@@ -277,6 +319,21 @@ int main(int argc, char** argv) {
         ok = ParseInt(optarg, 0, 60000, &number);
         farm.discovery.reply_spread_ms = static_cast<int>(number);
         break;
+      case kFiles: options.files_dir = optarg; break;
+      case kFileMode:
+        ok = std::string(optarg) == "channel" || std::string(optarg) == "link";
+        options.file_mode =
+            std::string(optarg) == "link" ? qvemu::FileMode::kLink : qvemu::FileMode::kChannel;
+        break;
+      case kPutFile: {
+        std::string arg = optarg;
+        size_t eq = arg.find('=');
+        ok = eq != std::string::npos && eq > 0 && eq + 1 < arg.size();
+        if (ok) put_files.emplace_back(arg.substr(0, eq), arg.substr(eq + 1));
+        break;
+      }
+      case kDataFault: ok = ParseDataFault(optarg, &data_fault); break;
+      case kSilentFiles: silent_files = true; break;
       default: ok = false;
     }
     if (!ok) {
@@ -334,6 +391,16 @@ int main(int argc, char** argv) {
     if (talk_save != nullptr && !camera->SetTalkSaveFile(talk_save)) {
       fprintf(stderr, "quorvel-emu: cannot write %s\n", talk_save);
       return 2;
+    }
+    camera->Files().SetFault(data_fault);
+    camera->Files().SetAnswerRequests(!silent_files);
+    for (const auto& put : put_files) {
+      std::string bytes;
+      if (!ReadFile(put.second.c_str(), &bytes) || !camera->Files().Store().Put(put.first, bytes)) {
+        fprintf(stderr, "quorvel-emu: cannot offer %s as %s\n", put.second.c_str(),
+                put.first.c_str());
+        return 2;
+      }
     }
   }
   qvemu::RtspServer rtsp_server;
