@@ -295,6 +295,12 @@ void CAvStreamSource::DeliverVideo(AVPacket* packet) {
   if (size > static_cast<size_t>(INT32_MAX) || Stopping()) return;
   double ts = StampMs(packet, CStreamClock::kVideo);
   if (param_.video.frame_rate == 0) {
+    // A run of frames is timed by one clock: the source's stamps or the
+    // arrival of frames that had none.
+    if (clock_.LastVideoStamped() != probe_stamped_) {
+      rate_probe_.Reset();
+      probe_stamped_ = clock_.LastVideoStamped();
+    }
     int fps = rate_probe_.Add(ts);
     if (fps > 0) {
       param_.video.frame_rate = fps;

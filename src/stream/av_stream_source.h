@@ -57,6 +57,7 @@ class CAvStreamSource {
   __STREAM_AV_PARAM param_{};
   CStreamClock clock_;
   CFrameRateProbe rate_probe_;  // while the stream names no usable rate
+  bool probe_stamped_ = false;   // the probe's run is timed by source stamps
   std::vector<uint8_t> frame_;  // reused for converted or completed frames
   std::vector<uint8_t> scratch_;
 };

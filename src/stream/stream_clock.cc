@@ -26,8 +26,8 @@ double CStreamClock::Map(int64_t source_ms, Medium medium) {
 
 double CStreamClock::Map(int64_t source_ms, bool has_stamp, uint64_t arrival_ms, Medium medium) {
   int64_t arrival = static_cast<int64_t>(arrival_ms);
-  bool usable = has_stamp && !(medium == kVideo && have_last_video_ &&
-                               source_ms <= last_video_source_);
+  bool usable = has_stamp && !(medium == kVideo && have_stamped_video_ &&
+                               source_ms <= stamped_video_source_);
   if (usable) {
     arrival_offset_ = source_ms - arrival;
     have_arrival_offset_ = true;
@@ -41,6 +41,11 @@ double CStreamClock::Map(int64_t source_ms, bool has_stamp, uint64_t arrival_ms,
   if (medium == kVideo) {
     last_video_source_ = source_ms;
     have_last_video_ = true;
+    last_video_stamped_ = usable;
+    if (usable) {
+      stamped_video_source_ = source_ms;
+      have_stamped_video_ = true;
+    }
   }
   return Map(source_ms, medium);
 }
@@ -48,6 +53,8 @@ double CStreamClock::Map(int64_t source_ms, bool has_stamp, uint64_t arrival_ms,
 void CStreamClock::Restart() {
   have_arrival_offset_ = false;
   have_last_video_ = false;
+  have_stamped_video_ = false;
+  last_video_stamped_ = false;
   resume_ = std::max(last_[kVideo], last_[kAudio]) + 1;
   if (resume_ < 0) resume_ = 0;
   have_base_ = false;

@@ -14,11 +14,14 @@ class CStreamClock {
   double Map(int64_t source_ms, Medium medium);
   // The same for a frame that arrived at arrival_ms (monotonic clock). A
   // frame without a source time (has_stamp false), and a video frame whose
-  // source time does not move past the previous video frame's, is placed by
-  // its arrival on the source's clock as the last usable stamp of either
-  // medium set it against the arrival clock (video at least 1 ms after the
-  // previous video frame).
+  // source time does not move past the last video frame's that had one, is
+  // placed by its arrival on the source's clock as the last usable stamp of
+  // either medium set it against the arrival clock (video at least 1 ms
+  // after the previous video frame).
   double Map(int64_t source_ms, bool has_stamp, uint64_t arrival_ms, Medium medium);
+  // Whether the last video frame given to Map was placed by its own stamp
+  // rather than by its arrival.
+  bool LastVideoStamped() const { return last_video_stamped_; }
   // Forgets everything: the next frame starts a new time line that continues
   // after the last stamp handed out.
   void Restart();
@@ -36,4 +39,10 @@ class CStreamClock {
   int64_t arrival_offset_ = 0;      // source time - arrival time
   bool have_last_video_ = false;
   int64_t last_video_source_ = 0;   // source time of the previous video frame
+  // Source time of the last video frame placed by its own stamp: a frame
+  // placed by arrival before any stamp was seen is on the arrival clock,
+  // which says nothing about the source's.
+  bool have_stamped_video_ = false;
+  int64_t stamped_video_source_ = 0;
+  bool last_video_stamped_ = false;
 };

@@ -54,6 +54,20 @@ TEST(StreamClock, FramesWithoutUsableStampsArePlacedByTheirArrival) {
   EXPECT_EQ(clock.Map(13240, true, 10520, CStreamClock::kVideo), 240);
 }
 
+// A first frame without a stamp is placed on the arrival clock; the stamps
+// that follow still count, even when they arrive in one burst (frames
+// buffered while the stream was probed).
+TEST(StreamClock, AnUnstampedFirstFrameLeavesTheStampsThatFollowInCharge) {
+  CStreamClock clock;
+  EXPECT_EQ(clock.Map(0, false, 50000, CStreamClock::kVideo), 0);
+  EXPECT_FALSE(clock.LastVideoStamped());
+  double first = clock.Map(137, true, 50000, CStreamClock::kVideo);
+  EXPECT_TRUE(clock.LastVideoStamped());
+  for (int i = 1; i <= 30; ++i) {
+    EXPECT_EQ(clock.Map(137 + 40 * i, true, 50000, CStreamClock::kVideo), first + 40 * i) << i;
+  }
+}
+
 TEST(StreamClock, WithoutAnyStampsTheArrivalClockRules) {
   CStreamClock clock;
   EXPECT_EQ(clock.Map(0, false, 500, CStreamClock::kVideo), 0);
