@@ -21,6 +21,7 @@ struct StatusEvent {
   long code;
   std::string text;   // empty for alarms
   ALARM_ENTRY alarm;  // filled for code 23
+  unsigned long tick; // GetTickCount() when the callback was entered
 };
 
 struct AuxEvent {
@@ -60,7 +61,7 @@ class EventRecorder {
     for (const StatusEvent& e : Status()) {
       if (e.id == id && e.code == code) return e;
     }
-    return StatusEvent{id, -1, "", ALARM_ENTRY()};
+    return StatusEvent{id, -1, "", ALARM_ENTRY(), 0};
   }
   int Count(long id, long code) const {
     std::lock_guard<std::mutex> lock(mu_);
@@ -103,13 +104,14 @@ class EventRecorder {
 
   static long OnStatus(long id, long code, const char* data, void* user) {
     EventRecorder* self = static_cast<EventRecorder*>(user);
+    unsigned long tick = GetTickCount();
     std::function<void(long, long)> hook;
     {
       std::lock_guard<std::mutex> lock(self->mu_);
       hook = self->hook_;
     }
     if (hook) hook(id, code);
-    StatusEvent e{id, code, "", ALARM_ENTRY()};
+    StatusEvent e{id, code, "", ALARM_ENTRY(), tick};
     if (code == EVENT_PTZALARM) {
       memcpy(&e.alarm, data, sizeof(ALARM_ENTRY));
     } else if (data != nullptr) {
