@@ -17,10 +17,10 @@ unsigned Utf8Word(const unsigned char* in) {
 
 const Gb2312Row* FindUtf8(const unsigned char* in) {
   unsigned word = Utf8Word(in);
-  for (unsigned i = 0; i < kGb2312TableRows; ++i)
-    if (kGb2312Table[i].simplified == word) return &kGb2312Table[i];
-  for (unsigned i = 0; i < kGb2312TableRows; ++i)
-    if (kGb2312Table[i].traditional == word) return &kGb2312Table[i];
+  for (unsigned i = 0; i < kGb2312TableRows; ++i) {
+    const Gb2312Row& row = kGb2312Table[i];
+    if (row.simplified == word || row.traditional == word) return &row;
+  }
   return nullptr;
 }
 

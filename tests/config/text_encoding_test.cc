@@ -69,6 +69,23 @@ TEST(CharacterTable, CoversEveryThreeByteGb2312Character) {
   EXPECT_EQ(three_byte, kGb2312TableRows);
 }
 
+// A UTF-8 lookup takes the first row holding the character in either
+// column: a table in which a character is the traditional form of an
+// earlier row would turn it into that row's code.
+TEST(CharacterTable, EverySimplifiedCharacterFindsItsOwnCode) {
+  for (unsigned i = 0; i < kGb2312TableRows; ++i) {
+    const Gb2312Row& row = kGb2312Table[i];
+    const unsigned char in[3] = {static_cast<unsigned char>(row.simplified >> 16),
+                                 static_cast<unsigned char>(row.simplified >> 8),
+                                 static_cast<unsigned char>(row.simplified)};
+    unsigned char out[2] = {};
+    unsigned n = 0;
+    utf8_2_gb2312(in, out, &n);
+    ASSERT_EQ(n, 2u) << i;
+    ASSERT_EQ((unsigned(out[0]) << 8) | out[1], row.codes & 0xFFFF) << i;
+  }
+}
+
 TEST(CharacterConversion, BothCodeColumnsUnknownAndCutCharacters) {
   using Convert = void (*)(const char*, char*);
   Convert to_gb = str_utf8_2_gb2312, to_big5 = str_utf8_2_gbkbig5;
