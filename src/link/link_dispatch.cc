@@ -151,6 +151,8 @@ void CPTZControlClass::OnSystemReply(long code, long flag, const char* body) {
 void CPTZControlClass::UpdateAbility(const char* body) {
   std::string list;
   std::string framed = std::string("+ ") + body + " + ";
+  // Line breaks go with the blanks: the body keeps those of its envelope,
+  // and the last name must still end up between two '+'.
   for (char c : framed) {
     if (!isspace(static_cast<unsigned char>(c))) list += c;
   }

@@ -120,6 +120,20 @@ TEST_F(RegistrySessions, LogoutFromTheSessionsOwnCallback) {
   EXPECT_EQ(Login(), id);  // the slot is free again
 }
 
+// The same for sessions ended all at once: their last events still come
+// after the table was emptied, and their IDs are not handed out before.
+TEST_F(RegistrySessions, LogoutAllKeepsIdsUntilTheirSessionsHaveEnded) {
+  long id = LoginReady();
+  std::atomic<long> during{-1};
+  events_.SetStatusHook([&](long sid, long code) {
+    if (code == EVENT_LOGOUT_FINISH && sid == id) during = Login();
+  });
+  EXPECT_EQ(IP_NET_DVR_LogoutAll(), 0);
+  events_.SetStatusHook(nullptr);
+  EXPECT_EQ(during, id + 1);
+  EXPECT_EQ(Login(), id);
+}
+
 TEST_F(RegistrySessions, CleanupWaitsForALogoutFinishingAfterACallback) {
   std::mutex mu;
   std::condition_variable cv;
