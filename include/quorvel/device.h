@@ -141,10 +141,9 @@ QV_API long IP_NET_DVR_SCARE_OFF(long userID, int playSound, int ledOn, int time
 QV_API long IP_NET_DVR_GetDeviceAbility(long userID);
 
 /* Configuration get / set: a SYSTEM_CONFIG_GET_MESSAGE or
- * SYSTEM_CONFIG_SET_MESSAGE with the code and the text in body as message
- * body (read up to size / length bytes when those are non-zero, else up to
- * its terminator). The reply arrives as an AUX response; channel and
- * returned are not used. */
+ * SYSTEM_CONFIG_SET_MESSAGE with the code and the zero-terminated text in
+ * body as message body (null: an empty body). The reply arrives as an AUX
+ * response; channel, size, length and returned are not used. */
 QV_API long IP_NET_DVR_GetDVRConfig(long userID, unsigned long code, long channel, void* body,
                                     unsigned long size, unsigned long* returned);
 QV_API long IP_NET_DVR_SetDVRConfig(long userID, unsigned long code, long channel,

@@ -31,10 +31,9 @@ bool AuxTypeAllowed(const char* type) {
 }
 
 // A body text from a caller's buffer: bounded by its size when one is given.
-std::string BodyText(const void* body, unsigned long size) {
-  if (body == nullptr) return std::string();
-  const char* text = static_cast<const char*>(body);
-  return size > 0 ? std::string(text, strnlen(text, size)) : std::string(text);
+// A configuration body is a text: sizes given with it are not looked at.
+std::string BodyText(const void* body) {
+  return body != nullptr ? std::string(static_cast<const char*>(body)) : std::string();
 }
 
 }  // namespace
@@ -147,14 +146,14 @@ int CPTZControlClass::VodControl(unsigned long code, int flag, const char* body)
 }
 
 int CPTZControlClass::SetDVRConfig(unsigned long code, long, const void* body,
-                                   unsigned long size) {
-  std::string text = BodyText(body, size);
+                                   unsigned long) {
+  std::string text = BodyText(body);
   return WriteAUXStringEx("SYSTEM_CONFIG_SET_MESSAGE", static_cast<long>(code), 0, text.c_str());
 }
 
-int CPTZControlClass::GetDVRConfig(unsigned long code, long, void* body, unsigned long size,
+int CPTZControlClass::GetDVRConfig(unsigned long code, long, void* body, unsigned long,
                                    unsigned long*) {
-  std::string text = BodyText(body, size);
+  std::string text = BodyText(body);
   return WriteAUXStringEx("SYSTEM_CONFIG_GET_MESSAGE", static_cast<long>(code), 0, text.c_str());
 }
 

@@ -117,6 +117,13 @@ TEST_F(WireTest, ThinCommandsSendTheirCodeAndBody) {
       {"config set",
        [](long id) { return IP_NET_DVR_SetDVRConfig(id, 325, 0, "<LANConfig DHCP=\"0\" />", 0); },
        "SYSTEM_CONFIG_SET_MESSAGE", "325", "<LANConfig DHCP=\"0\" />"},
+      // Size and length are not looked at: the body is the whole text.
+      {"config get, short size",
+       [&](long id) { return IP_NET_DVR_GetDVRConfig(id, 305, 0, config_body, 8, nullptr); },
+       "SYSTEM_CONFIG_GET_MESSAGE", "305", "<REQUEST_PARAM Channel=\"0\" />"},
+      {"config set, short length",
+       [](long id) { return IP_NET_DVR_SetDVRConfig(id, 325, 0, "<LANConfig DHCP=\"0\" />", 8); },
+       "SYSTEM_CONFIG_SET_MESSAGE", "325", "<LANConfig DHCP=\"0\" />"},
       {"aux ex",
        [](long id) {
          return IP_NET_DVR_WriteAUXStringEx(id, const_cast<char*>("VOD_CONTROL_MESSAGE"), 12, 0,
