@@ -222,5 +222,6 @@ QV_API long IP_NET_DVR_SetReplayDataCallBack(QV_ReplayDataCallBack cb,
 
 #include "quorvel/device.h"
 #include "quorvel/voice.h"
+#include "quorvel/replay.h"
 
 #endif /* QUORVEL_QUORVEL_H */
