@@ -42,11 +42,13 @@ bool CPTZControlClass::Dispatch(char* message, int length) {
   if (Is(type, "AUXPTZ_HEARTBEAT_MESSAGE")) {
     last_recv_tick_ = GetTickCount();
   } else if (Is(type, "MEDIA_DATA_MESSAGE")) {
-    // A camera never sends upload data. Download data and upload
-    // acknowledgements belong to the file transfer; the rest is replay media.
+    // Download data, upload acknowledgements and replay media; a camera
+    // never sends upload data. While a link-mode download runs, its frames
+    // go to the file (OnFileMediaData answers false for the others); the
+    // rest is replay media.
     if (code_value == 1) {
       QV_LOG("[%s:%d]not allow type 1 (upload data) from ipc\n");
-    } else {
+    } else if (!OnFileMediaData(message, length)) {
       OnMediaDataMessage(message, length);
     }
   } else if (Is(type, "REPLAY_CONTROL_MESSAGE") || Is(type, "TIMELINE_REPLAY_CONTROL_MESSAGE")) {

@@ -23,7 +23,11 @@ namespace qvemu {
 
 // One message the camera sends back.
 struct Reply {
+  Reply() = default;
+  Reply(std::string t, std::string c, std::string f, std::string b)
+      : type(std::move(t)), code(std::move(c)), flag(std::move(f)), body(std::move(b)) {}
   std::string type, code, flag, body;
+  std::function<void()> after_sent;  // runs once the reply went out whole (may be empty)
 };
 
 // What a link knows about itself; handlers may change logged_in.
@@ -37,6 +41,7 @@ struct LinkState {
   // Helpers that belong to this link (a replay sender, a talk receiver),
   // by name; destroyed when the link ends, before its socket closes.
   std::map<std::string, std::shared_ptr<void>> parts;
+  int pause_reading_ms = 0;  // set by a handler: the link reads nothing more for this long
 };
 
 class CameraBehaviour {
@@ -58,6 +63,15 @@ class CameraBehaviour {
   // a handler are not answered.
   void SetMediaHandler(long code, Handler handler);
 
+  // For handlers, which run with the lock held: the camera's log, its
+  // configuration document and its clock.
+  void NoteLocked(const std::string& text) { Note(text); }
+  std::string ConfigDocumentLocked() const;
+  bool SetConfigDocumentLocked(const std::string& xml);
+  time_t CameraNowLocked() const;
+  // One entry of the camera's log, from any other thread.
+  void AddNote(const std::string& text);
+
   // Settings and faults (see Camera).
   void SetLoginReply(LoginReply mode, int refuse_flag);
   void SetHeartbeatReplies(bool on);
@@ -73,6 +87,9 @@ class CameraBehaviour {
   int Logins() const;
   std::string ConfigDocument() const;
   bool SetConfigDocument(const std::string& xml);
+  // Called, with the lock held, after a configuration set changed a section.
+  using ConfigListener = std::function<void(long code, const IPCConfig& cfg)>;
+  void SetConfigListener(ConfigListener listener);
   time_t CameraNow() const;  // the camera's wall clock
 
  private:
@@ -106,6 +123,7 @@ class CameraBehaviour {
   int logins_ = 0;
 
   ConfigStore config_;
+  ConfigListener config_listener_;
   std::string initial_config_;  // what a restore (code 1002) goes back to
   time_t clock_offset_ = 0;     // camera clock minus the host's UTC clock
   std::string day_night_ = "DayMode";
