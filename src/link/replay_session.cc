@@ -137,7 +137,7 @@ void CPTZControlClass::OnMediaDataMessage(char* message, int length) {
   int start = -1, data_len = 0;
   if (GetXmlPosAndDataLen(message, &start, &data_len) != 0) return;
   int text_len = static_cast<int>(strlen(message));
-  if (start <= text_len || data_len <= 0 || data_len > length - start) {
+  if (start < text_len || data_len <= 0 || data_len > length - start) {
     QV_LOG("[%s:%d]%s media data StartPos=%d DataLen=%d outside the %d-byte message, dropped\n",
            log_label_.c_str(), start, data_len, length);
     return;
