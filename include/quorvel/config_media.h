@@ -282,6 +282,18 @@ QV_STATIC_ASSERT(sizeof(MediaConfig) == 3556, "MediaConfig layout");
 /* Exchange with a camera                                              */
 /* ------------------------------------------------------------------ */
 
+/* Section codes (Msg_code of the configuration get and set messages). */
+enum {
+  QV_CFG_GET_MEDIA = 500, QV_CFG_GET_VIDEO = 501, QV_CFG_GET_AUDIO = 502,
+  QV_CFG_GET_VIDEO_ENCODE = 503, QV_CFG_GET_VIDEO_CAPTURE = 504,
+  QV_CFG_GET_VIDEO_OVERLAY = 505, QV_CFG_GET_AUDIO_CAPTURE = 507,
+  QV_CFG_GET_AUDIO_ENCODE = 508, QV_CFG_GET_VIDEO_MASK = 509, QV_CFG_GET_VIDEO_ROI = 510,
+  QV_CFG_SET_MEDIA = 520, QV_CFG_SET_VIDEO = 521, QV_CFG_SET_AUDIO = 522,
+  QV_CFG_SET_VIDEO_ENCODE = 523, QV_CFG_SET_VIDEO_CAPTURE = 524,
+  QV_CFG_SET_VIDEO_OSD = 525, QV_CFG_SET_VIDEO_MASK = 529, QV_CFG_SET_VIDEO_USER_OSD = 531,
+  QV_CFG_GET_MEDIA_STREAM = 600, QV_CFG_SET_MEDIA_STREAM = 620
+};
+
 /* Readers: parse a camera's reply (or any XML text) and fill the record from
  * the first element of the section's name. 0, or -1 when the text does not
  * parse, lacks the element or the record is null. Capture and Encode exist
@@ -299,16 +311,16 @@ QV_API int IP_NET_DVR_GetMediaStreamCfgByXml(MediaStreamConfig* cfg, const char*
 
 /* Writers: the section's XML text, newly allocated; the caller releases it
  * with free(). Null for a null record or when memory runs out. */
-QV_API char* IP_NET_DVR_XMLGET_MediaConfig(MediaConfig* cfg);
-QV_API char* IP_NET_DVR_XMLGET_AudioConfig(AudioConfig* cfg);
-QV_API char* IP_NET_DVR_XMLGET_AudioCaptureConfig(AudioCaptureConfig* cfg);
-QV_API char* IP_NET_DVR_XMLGET_AudioEncodeConfig(AudioEncodeConfig* cfg);
-QV_API char* IP_NET_DVR_XMLGET_VideoConfig(VideoConfig* cfg);
-QV_API char* IP_NET_DVR_XMLGET_VideoCaptureConfig(VideoCaptureConfig* cfg);
-QV_API char* IP_NET_DVR_XMLGET_VideoEncodeConfig(VideoEncodeConfig* cfg);
-QV_API char* IP_NET_DVR_XMLGET_VideoOverlayConfig(VideoOverlayConfig* cfg);
-QV_API char* IP_NET_DVR_XMLGET_VideoMaskConfig(VideoMaskConfig* cfg);
-QV_API char* IP_NET_DVR_XMLGET_MediaStreamConfig(MediaStreamConfig* cfg);
+QV_API char* IP_NET_DVR_XMLGET_MediaConfig(const MediaConfig* cfg);
+QV_API char* IP_NET_DVR_XMLGET_AudioConfig(const AudioConfig* cfg);
+QV_API char* IP_NET_DVR_XMLGET_AudioCaptureConfig(const AudioCaptureConfig* cfg);
+QV_API char* IP_NET_DVR_XMLGET_AudioEncodeConfig(const AudioEncodeConfig* cfg);
+QV_API char* IP_NET_DVR_XMLGET_VideoConfig(const VideoConfig* cfg);
+QV_API char* IP_NET_DVR_XMLGET_VideoCaptureConfig(const VideoCaptureConfig* cfg);
+QV_API char* IP_NET_DVR_XMLGET_VideoEncodeConfig(const VideoEncodeConfig* cfg);
+QV_API char* IP_NET_DVR_XMLGET_VideoOverlayConfig(const VideoOverlayConfig* cfg);
+QV_API char* IP_NET_DVR_XMLGET_VideoMaskConfig(const VideoMaskConfig* cfg);
+QV_API char* IP_NET_DVR_XMLGET_MediaStreamConfig(const MediaStreamConfig* cfg);
 
 /* Gets: ask the camera for a section (a configuration get message with the
  * code in brackets); the reply arrives through the AUX response callback.
@@ -328,15 +340,15 @@ QV_API long IP_NET_DVR_GET_MediaStreamConfig(long userID);     /* 600 */
 /* Sets: write the record as XML and send it in a configuration set message
  * with the code in brackets. The queueing result, -9000002 for an unknown
  * user ID, or -8999992 when the record is null or cannot be written. */
-QV_API long IP_NET_DVR_SET_MediaConfig(long userID, MediaConfig* cfg);              /* 520 */
-QV_API long IP_NET_DVR_SET_VideoConfig(long userID, VideoConfig* cfg);              /* 521 */
-QV_API long IP_NET_DVR_SET_AudioConfig(long userID, AudioConfig* cfg);              /* 522 */
-QV_API long IP_NET_DVR_SET_VideoEncodeConfig(long userID, VideoEncodeConfig* cfg);  /* 523 */
-QV_API long IP_NET_DVR_SET_VideoCaptureConfig(long userID, VideoCaptureConfig* cfg); /* 524 */
-QV_API long IP_NET_DVR_SET_VideoOSDConfig(long userID, VideoOverlayConfig* cfg);    /* 525 */
-QV_API long IP_NET_DVR_SET_VideoMaskConfig(long userID, VideoMaskConfig* cfg);      /* 529 */
+QV_API long IP_NET_DVR_SET_MediaConfig(long userID, const MediaConfig* cfg);              /* 520 */
+QV_API long IP_NET_DVR_SET_VideoConfig(long userID, const VideoConfig* cfg);              /* 521 */
+QV_API long IP_NET_DVR_SET_AudioConfig(long userID, const AudioConfig* cfg);              /* 522 */
+QV_API long IP_NET_DVR_SET_VideoEncodeConfig(long userID, const VideoEncodeConfig* cfg);  /* 523 */
+QV_API long IP_NET_DVR_SET_VideoCaptureConfig(long userID, const VideoCaptureConfig* cfg); /* 524 */
+QV_API long IP_NET_DVR_SET_VideoOSDConfig(long userID, const VideoOverlayConfig* cfg);    /* 525 */
+QV_API long IP_NET_DVR_SET_VideoMaskConfig(long userID, const VideoMaskConfig* cfg);      /* 529 */
 QV_API long IP_NET_DVR_SET_VideoUserOSDConfig(long userID,
-                                              VideoUserOverlayConfig* cfg);         /* 531 */
-QV_API long IP_NET_DVR_SET_MediaStreamConfig(long userID, MediaStreamConfig* cfg);  /* 620 */
+                                              const VideoUserOverlayConfig* cfg);         /* 531 */
+QV_API long IP_NET_DVR_SET_MediaStreamConfig(long userID, const MediaStreamConfig* cfg);  /* 620 */
 
 #endif /* QUORVEL_CONFIG_MEDIA_H */

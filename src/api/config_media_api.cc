@@ -10,30 +10,6 @@
 
 namespace {
 
-// Section codes of the configuration get and set messages.
-enum : unsigned long {
-  kGetMedia = 500,
-  kGetVideo = 501,
-  kGetAudio = 502,
-  kGetVideoEncode = 503,
-  kGetVideoCapture = 504,
-  kGetVideoOverlay = 505,
-  kGetAudioCapture = 507,
-  kGetAudioEncode = 508,
-  kGetVideoMask = 509,
-  kGetVideoROI = 510,
-  kGetMediaStream = 600,
-  kSetMedia = 520,
-  kSetVideo = 521,
-  kSetAudio = 522,
-  kSetVideoEncode = 523,
-  kSetVideoCapture = 524,
-  kSetVideoOSD = 525,
-  kSetVideoMask = 529,
-  kSetVideoUserOSD = 531,
-  kSetMediaStream = 620,
-};
-
 long GetSection(const char* func, long userID, unsigned long code) {
   QV_LOG("[%s:%d]%s(%d)\n", func, static_cast<int>(userID));
   char empty[1] = "";
@@ -81,91 +57,91 @@ QV_API int IP_NET_DVR_GetMediaStreamCfgByXml(MediaStreamConfig* cfg, const char*
 }
 
 // ---- writers
-QV_API char* IP_NET_DVR_XMLGET_MediaConfig(MediaConfig* cfg) { return XMLGET_MediaConfig(cfg); }
-QV_API char* IP_NET_DVR_XMLGET_AudioConfig(AudioConfig* cfg) { return XMLGET_AudioConfig(cfg); }
-QV_API char* IP_NET_DVR_XMLGET_AudioCaptureConfig(AudioCaptureConfig* cfg) {
+QV_API char* IP_NET_DVR_XMLGET_MediaConfig(const MediaConfig* cfg) { return XMLGET_MediaConfig(cfg); }
+QV_API char* IP_NET_DVR_XMLGET_AudioConfig(const AudioConfig* cfg) { return XMLGET_AudioConfig(cfg); }
+QV_API char* IP_NET_DVR_XMLGET_AudioCaptureConfig(const AudioCaptureConfig* cfg) {
   return XMLGET_AudioCaptureConfig(cfg);
 }
-QV_API char* IP_NET_DVR_XMLGET_AudioEncodeConfig(AudioEncodeConfig* cfg) {
+QV_API char* IP_NET_DVR_XMLGET_AudioEncodeConfig(const AudioEncodeConfig* cfg) {
   return XMLGET_AudioEncodeConfig(cfg);
 }
-QV_API char* IP_NET_DVR_XMLGET_VideoConfig(VideoConfig* cfg) { return XMLGET_VideoConfig(cfg); }
-QV_API char* IP_NET_DVR_XMLGET_VideoCaptureConfig(VideoCaptureConfig* cfg) {
+QV_API char* IP_NET_DVR_XMLGET_VideoConfig(const VideoConfig* cfg) { return XMLGET_VideoConfig(cfg); }
+QV_API char* IP_NET_DVR_XMLGET_VideoCaptureConfig(const VideoCaptureConfig* cfg) {
   return XMLGET_VideoCaptureConfig(cfg);
 }
-QV_API char* IP_NET_DVR_XMLGET_VideoEncodeConfig(VideoEncodeConfig* cfg) {
+QV_API char* IP_NET_DVR_XMLGET_VideoEncodeConfig(const VideoEncodeConfig* cfg) {
   return XMLGET_VideoEncodeConfig(cfg);
 }
-QV_API char* IP_NET_DVR_XMLGET_VideoOverlayConfig(VideoOverlayConfig* cfg) {
+QV_API char* IP_NET_DVR_XMLGET_VideoOverlayConfig(const VideoOverlayConfig* cfg) {
   return XMLGET_VideoOverlayConfig(cfg);
 }
-QV_API char* IP_NET_DVR_XMLGET_VideoMaskConfig(VideoMaskConfig* cfg) {
+QV_API char* IP_NET_DVR_XMLGET_VideoMaskConfig(const VideoMaskConfig* cfg) {
   return XMLGET_VideoMaskConfig(cfg);
 }
-QV_API char* IP_NET_DVR_XMLGET_MediaStreamConfig(MediaStreamConfig* cfg) {
+QV_API char* IP_NET_DVR_XMLGET_MediaStreamConfig(const MediaStreamConfig* cfg) {
   return XMLGET_MediaStreamConfig(cfg);
 }
 
 // ---- gets
 QV_API long IP_NET_DVR_GET_MediaConfig(long userID) {
-  return GetSection(__FUNCTION__, userID, kGetMedia);
+  return GetSection(__FUNCTION__, userID, QV_CFG_GET_MEDIA);
 }
 QV_API long IP_NET_DVR_GET_VideoConfig(long userID) {
-  return GetSection(__FUNCTION__, userID, kGetVideo);
+  return GetSection(__FUNCTION__, userID, QV_CFG_GET_VIDEO);
 }
 QV_API long IP_NET_DVR_GET_AudioConfig(long userID) {
-  return GetSection(__FUNCTION__, userID, kGetAudio);
+  return GetSection(__FUNCTION__, userID, QV_CFG_GET_AUDIO);
 }
 QV_API long IP_NET_DVR_GET_VideoEncodeConfig(long userID) {
-  return GetSection(__FUNCTION__, userID, kGetVideoEncode);
+  return GetSection(__FUNCTION__, userID, QV_CFG_GET_VIDEO_ENCODE);
 }
 QV_API long IP_NET_DVR_GET_VideoCaptureConfig(long userID) {
-  return GetSection(__FUNCTION__, userID, kGetVideoCapture);
+  return GetSection(__FUNCTION__, userID, QV_CFG_GET_VIDEO_CAPTURE);
 }
 QV_API long IP_NET_DVR_GET_VideoOverlayConfig(long userID) {
-  return GetSection(__FUNCTION__, userID, kGetVideoOverlay);
+  return GetSection(__FUNCTION__, userID, QV_CFG_GET_VIDEO_OVERLAY);
 }
 QV_API long IP_NET_DVR_GET_AudioCapture(long userID) {
-  return GetSection(__FUNCTION__, userID, kGetAudioCapture);
+  return GetSection(__FUNCTION__, userID, QV_CFG_GET_AUDIO_CAPTURE);
 }
 QV_API long IP_NET_DVR_GET_AudioEncode(long userID) {
-  return GetSection(__FUNCTION__, userID, kGetAudioEncode);
+  return GetSection(__FUNCTION__, userID, QV_CFG_GET_AUDIO_ENCODE);
 }
 QV_API long IP_NET_DVR_GET_VideoMaskConfig(long userID) {
-  return GetSection(__FUNCTION__, userID, kGetVideoMask);
+  return GetSection(__FUNCTION__, userID, QV_CFG_GET_VIDEO_MASK);
 }
 QV_API long IP_NET_DVR_GET_VideoROIConfig(long userID) {
-  return GetSection(__FUNCTION__, userID, kGetVideoROI);
+  return GetSection(__FUNCTION__, userID, QV_CFG_GET_VIDEO_ROI);
 }
 QV_API long IP_NET_DVR_GET_MediaStreamConfig(long userID) {
-  return GetSection(__FUNCTION__, userID, kGetMediaStream);
+  return GetSection(__FUNCTION__, userID, QV_CFG_GET_MEDIA_STREAM);
 }
 
 // ---- sets
-QV_API long IP_NET_DVR_SET_MediaConfig(long userID, MediaConfig* cfg) {
-  return SetSection(__FUNCTION__, userID, kSetMedia, XMLGET_MediaConfig(cfg));
+QV_API long IP_NET_DVR_SET_MediaConfig(long userID, const MediaConfig* cfg) {
+  return SetSection(__FUNCTION__, userID, QV_CFG_SET_MEDIA, XMLGET_MediaConfig(cfg));
 }
-QV_API long IP_NET_DVR_SET_VideoConfig(long userID, VideoConfig* cfg) {
-  return SetSection(__FUNCTION__, userID, kSetVideo, XMLGET_VideoConfig(cfg));
+QV_API long IP_NET_DVR_SET_VideoConfig(long userID, const VideoConfig* cfg) {
+  return SetSection(__FUNCTION__, userID, QV_CFG_SET_VIDEO, XMLGET_VideoConfig(cfg));
 }
-QV_API long IP_NET_DVR_SET_AudioConfig(long userID, AudioConfig* cfg) {
-  return SetSection(__FUNCTION__, userID, kSetAudio, XMLGET_AudioConfig(cfg));
+QV_API long IP_NET_DVR_SET_AudioConfig(long userID, const AudioConfig* cfg) {
+  return SetSection(__FUNCTION__, userID, QV_CFG_SET_AUDIO, XMLGET_AudioConfig(cfg));
 }
-QV_API long IP_NET_DVR_SET_VideoEncodeConfig(long userID, VideoEncodeConfig* cfg) {
-  return SetSection(__FUNCTION__, userID, kSetVideoEncode, XMLGET_VideoEncodeConfig(cfg));
+QV_API long IP_NET_DVR_SET_VideoEncodeConfig(long userID, const VideoEncodeConfig* cfg) {
+  return SetSection(__FUNCTION__, userID, QV_CFG_SET_VIDEO_ENCODE, XMLGET_VideoEncodeConfig(cfg));
 }
-QV_API long IP_NET_DVR_SET_VideoCaptureConfig(long userID, VideoCaptureConfig* cfg) {
-  return SetSection(__FUNCTION__, userID, kSetVideoCapture, XMLGET_VideoCaptureConfig(cfg));
+QV_API long IP_NET_DVR_SET_VideoCaptureConfig(long userID, const VideoCaptureConfig* cfg) {
+  return SetSection(__FUNCTION__, userID, QV_CFG_SET_VIDEO_CAPTURE, XMLGET_VideoCaptureConfig(cfg));
 }
-QV_API long IP_NET_DVR_SET_VideoOSDConfig(long userID, VideoOverlayConfig* cfg) {
-  return SetSection(__FUNCTION__, userID, kSetVideoOSD, XMLGET_VideoOverlayConfig(cfg));
+QV_API long IP_NET_DVR_SET_VideoOSDConfig(long userID, const VideoOverlayConfig* cfg) {
+  return SetSection(__FUNCTION__, userID, QV_CFG_SET_VIDEO_OSD, XMLGET_VideoOverlayConfig(cfg));
 }
-QV_API long IP_NET_DVR_SET_VideoMaskConfig(long userID, VideoMaskConfig* cfg) {
-  return SetSection(__FUNCTION__, userID, kSetVideoMask, XMLGET_VideoMaskConfig(cfg));
+QV_API long IP_NET_DVR_SET_VideoMaskConfig(long userID, const VideoMaskConfig* cfg) {
+  return SetSection(__FUNCTION__, userID, QV_CFG_SET_VIDEO_MASK, XMLGET_VideoMaskConfig(cfg));
 }
-QV_API long IP_NET_DVR_SET_VideoUserOSDConfig(long userID, VideoUserOverlayConfig* cfg) {
-  return SetSection(__FUNCTION__, userID, kSetVideoUserOSD, XMLGET_VideoUserOverlayConfig(cfg));
+QV_API long IP_NET_DVR_SET_VideoUserOSDConfig(long userID, const VideoUserOverlayConfig* cfg) {
+  return SetSection(__FUNCTION__, userID, QV_CFG_SET_VIDEO_USER_OSD, XMLGET_VideoUserOverlayConfig(cfg));
 }
-QV_API long IP_NET_DVR_SET_MediaStreamConfig(long userID, MediaStreamConfig* cfg) {
-  return SetSection(__FUNCTION__, userID, kSetMediaStream, XMLGET_MediaStreamConfig(cfg));
+QV_API long IP_NET_DVR_SET_MediaStreamConfig(long userID, const MediaStreamConfig* cfg) {
+  return SetSection(__FUNCTION__, userID, QV_CFG_SET_MEDIA_STREAM, XMLGET_MediaStreamConfig(cfg));
 }

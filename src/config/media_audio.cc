@@ -85,12 +85,12 @@ int Media_getAudioEncodeByXml(AudioEncodeConfig* cfg, const char* xml) {
   return READ_CHILD_RECORD_BY_XML(cfg, xml, "Audio", "Encode", qvconfig::ReadAudioEncode);
 }
 
-char* XMLGET_AudioConfig(AudioConfig* cfg) {
+char* XMLGET_AudioConfig(const AudioConfig* cfg) {
   return qvconfig::WriteRecordText<AudioConfig>(cfg, qvconfig::WriteAudioConfig);
 }
-char* XMLGET_AudioCaptureConfig(AudioCaptureConfig* cfg) {
+char* XMLGET_AudioCaptureConfig(const AudioCaptureConfig* cfg) {
   return qvconfig::WriteRecordText<AudioCaptureConfig>(cfg, qvconfig::WriteAudioCapture);
 }
-char* XMLGET_AudioEncodeConfig(AudioEncodeConfig* cfg) {
+char* XMLGET_AudioEncodeConfig(const AudioEncodeConfig* cfg) {
   return qvconfig::WriteRecordText<AudioEncodeConfig>(cfg, qvconfig::WriteAudioEncode);
 }

@@ -70,10 +70,10 @@ int Media_getVideoByXml(VideoConfig* cfg, const char* xml) {
   return READ_RECORD_BY_XML(cfg, xml, "Video", qvconfig::ReadVideoConfig);
 }
 
-char* XMLGET_MediaConfig(MediaConfig* cfg) {
+char* XMLGET_MediaConfig(const MediaConfig* cfg) {
   return qvconfig::WriteRecordText<MediaConfig>(cfg, qvconfig::WriteMediaConfig);
 }
-char* XMLGET_VideoConfig(VideoConfig* cfg) {
+char* XMLGET_VideoConfig(const VideoConfig* cfg) {
   return qvconfig::WriteRecordText<VideoConfig>(cfg, qvconfig::WriteVideoConfig);
 }
 
@@ -85,11 +85,11 @@ int GetMediaConfig(MediaConfig* cfg) {
   });
 }
 
-int SetMediaConfig(MediaConfig* cfg) {
+int SetMediaConfig(const MediaConfig* cfg) {
   return qvconfig::WriteConfigSectionText("MediaConfig", XMLGET_MediaConfig(cfg));
 }
 
-void ShowMediaConfig(MediaConfig* cfg) {
+void ShowMediaConfig(const MediaConfig* cfg) {
   if (!cfg) return;
   printf("MediaConfig (%zu bytes):\n", sizeof(*cfg));
   for (int i = 0; i < QV_MAX_ENCODE_STREAMS; ++i)

@@ -33,24 +33,24 @@ int Media_getVideoYuvByXml(VideoYuvConfig* cfg, const char* xml);
 int GetMediaStreamCfgByXml(MediaStreamConfig* cfg, const char* xml);
 
 // ---- writers
-char* XMLGET_MediaConfig(MediaConfig* cfg);
-char* XMLGET_AudioConfig(AudioConfig* cfg);
-char* XMLGET_AudioCaptureConfig(AudioCaptureConfig* cfg);
-char* XMLGET_AudioEncodeConfig(AudioEncodeConfig* cfg);
-char* XMLGET_VideoConfig(VideoConfig* cfg);
-char* XMLGET_VideoCaptureConfig(VideoCaptureConfig* cfg);
-char* XMLGET_VideoEncodeConfig(VideoEncodeConfig* cfg);
-char* XMLGET_VideoJpegEncodeConfig(JpegEncodeConfig* cfg);
-char* XMLGET_VideoOverlayConfig(VideoOverlayConfig* cfg);
-char* XMLGET_VideoUserOverlayConfig(VideoUserOverlayConfig* cfg);
-char* XMLGET_VideoMaskConfig(VideoMaskConfig* cfg);
-char* XMLGET_VideoROIConfig(VideoROIConfig* cfg);
-char* XMLGET_VideoYuvConfig(VideoYuvConfig* cfg);
-char* XMLGET_MediaStreamConfig(MediaStreamConfig* cfg);
+char* XMLGET_MediaConfig(const MediaConfig* cfg);
+char* XMLGET_AudioConfig(const AudioConfig* cfg);
+char* XMLGET_AudioCaptureConfig(const AudioCaptureConfig* cfg);
+char* XMLGET_AudioEncodeConfig(const AudioEncodeConfig* cfg);
+char* XMLGET_VideoConfig(const VideoConfig* cfg);
+char* XMLGET_VideoCaptureConfig(const VideoCaptureConfig* cfg);
+char* XMLGET_VideoEncodeConfig(const VideoEncodeConfig* cfg);
+char* XMLGET_VideoJpegEncodeConfig(const JpegEncodeConfig* cfg);
+char* XMLGET_VideoOverlayConfig(const VideoOverlayConfig* cfg);
+char* XMLGET_VideoUserOverlayConfig(const VideoUserOverlayConfig* cfg);
+char* XMLGET_VideoMaskConfig(const VideoMaskConfig* cfg);
+char* XMLGET_VideoROIConfig(const VideoROIConfig* cfg);
+char* XMLGET_VideoYuvConfig(const VideoYuvConfig* cfg);
+char* XMLGET_MediaStreamConfig(const MediaStreamConfig* cfg);
 // The stream services as a discovery reply carries them: one StreamAccess
 // element with the ports and switches a searching host shows (no file
 // names, no RTMP schedule), attributes separated by blanks.
-char* XMLGET_MediaStreamConfig_ForSearch(MediaStreamConfig* cfg);
+char* XMLGET_MediaStreamConfig_ForSearch(const MediaStreamConfig* cfg);
 
 // ---- lookup
 // The encoding of stream `id` (its slot, 0 to QV_MAX_ENCODE_STREAMS - 1), or
@@ -59,13 +59,13 @@ VideoEncodeStream* GetVideoEncodeCfgByID(VideoEncodeConfig* cfg, int id);
 
 // ---- file store (section read and section write)
 int GetMediaConfig(MediaConfig* cfg);
-int SetMediaConfig(MediaConfig* cfg);
+int SetMediaConfig(const MediaConfig* cfg);
 int GetMediaStreamConfig(MediaStreamConfig* cfg);
-int SetMediaStreamConfig(MediaStreamConfig* cfg);
+int SetMediaStreamConfig(const MediaStreamConfig* cfg);
 
 // ---- diagnostics
 // Prints every member of the record to standard output.
-void ShowMediaConfig(MediaConfig* cfg);
+void ShowMediaConfig(const MediaConfig* cfg);
 
 namespace qvconfig {
 

@@ -154,11 +154,11 @@ int GetMediaStreamCfgByXml(MediaStreamConfig* cfg, const char* xml) {
   return READ_RECORD_BY_XML(cfg, xml, "MediaStreamConfig", qvconfig::ReadMediaStreamConfig);
 }
 
-char* XMLGET_MediaStreamConfig(MediaStreamConfig* cfg) {
+char* XMLGET_MediaStreamConfig(const MediaStreamConfig* cfg) {
   return qvconfig::WriteRecordText<MediaStreamConfig>(cfg, qvconfig::WriteMediaStreamConfig);
 }
 
-char* XMLGET_MediaStreamConfig_ForSearch(MediaStreamConfig* cfg) {
+char* XMLGET_MediaStreamConfig_ForSearch(const MediaStreamConfig* cfg) {
   return qvconfig::WriteRecordText<MediaStreamConfig>(cfg, qvconfig::WriteForSearch);
 }
 
@@ -170,6 +170,6 @@ int GetMediaStreamConfig(MediaStreamConfig* cfg) {
   });
 }
 
-int SetMediaStreamConfig(MediaStreamConfig* cfg) {
+int SetMediaStreamConfig(const MediaStreamConfig* cfg) {
   return qvconfig::WriteConfigSectionText("MediaStreamConfig", XMLGET_MediaStreamConfig(cfg));
 }

@@ -87,9 +87,9 @@ int Media_getVideoROIByXml(VideoROIConfig* cfg, const char* xml) {
   return READ_RECORD_BY_XML(cfg, xml, "ROI", qvconfig::ReadVideoROI);
 }
 
-char* XMLGET_VideoMaskConfig(VideoMaskConfig* cfg) {
+char* XMLGET_VideoMaskConfig(const VideoMaskConfig* cfg) {
   return qvconfig::WriteRecordText<VideoMaskConfig>(cfg, qvconfig::WriteVideoMask);
 }
-char* XMLGET_VideoROIConfig(VideoROIConfig* cfg) {
+char* XMLGET_VideoROIConfig(const VideoROIConfig* cfg) {
   return qvconfig::WriteRecordText<VideoROIConfig>(cfg, qvconfig::WriteVideoROI);
 }

@@ -107,6 +107,6 @@ int Media_getVideoCaptureByXml(VideoCaptureConfig* cfg, const char* xml) {
   return READ_CHILD_RECORD_BY_XML(cfg, xml, "Video", "Capture", qvconfig::ReadVideoCapture);
 }
 
-char* XMLGET_VideoCaptureConfig(VideoCaptureConfig* cfg) {
+char* XMLGET_VideoCaptureConfig(const VideoCaptureConfig* cfg) {
   return qvconfig::WriteRecordText<VideoCaptureConfig>(cfg, qvconfig::WriteVideoCapture);
 }

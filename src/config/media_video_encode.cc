@@ -134,12 +134,12 @@ int Media_getVideoYuvByXml(VideoYuvConfig* cfg, const char* xml) {
   return READ_RECORD_BY_XML(cfg, xml, "YUV", qvconfig::ReadVideoYuv);
 }
 
-char* XMLGET_VideoEncodeConfig(VideoEncodeConfig* cfg) {
+char* XMLGET_VideoEncodeConfig(const VideoEncodeConfig* cfg) {
   return qvconfig::WriteRecordText<VideoEncodeConfig>(cfg, qvconfig::WriteVideoEncode);
 }
-char* XMLGET_VideoJpegEncodeConfig(JpegEncodeConfig* cfg) {
+char* XMLGET_VideoJpegEncodeConfig(const JpegEncodeConfig* cfg) {
   return qvconfig::WriteRecordText<JpegEncodeConfig>(cfg, qvconfig::WriteJpegEncode);
 }
-char* XMLGET_VideoYuvConfig(VideoYuvConfig* cfg) {
+char* XMLGET_VideoYuvConfig(const VideoYuvConfig* cfg) {
   return qvconfig::WriteRecordText<VideoYuvConfig>(cfg, qvconfig::WriteVideoYuv);
 }

@@ -109,10 +109,10 @@ int Media_getVideoUserOverlayByXml(VideoUserOverlayConfig* cfg, const char* xml)
   return READ_RECORD_BY_XML(cfg, xml, "UserOverlay", qvconfig::ReadVideoUserOverlay);
 }
 
-char* XMLGET_VideoOverlayConfig(VideoOverlayConfig* cfg) {
+char* XMLGET_VideoOverlayConfig(const VideoOverlayConfig* cfg) {
   return qvconfig::WriteRecordText<VideoOverlayConfig>(cfg, qvconfig::WriteVideoOverlay);
 }
-char* XMLGET_VideoUserOverlayConfig(VideoUserOverlayConfig* cfg) {
+char* XMLGET_VideoUserOverlayConfig(const VideoUserOverlayConfig* cfg) {
   return qvconfig::WriteRecordText<VideoUserOverlayConfig>(cfg,
                                                            qvconfig::WriteVideoUserOverlay);
 }

@@ -306,6 +306,7 @@ bool CRTSPObjectList::WatchPause(unsigned long ms) {
 
 int CRTSPObjectList::Thread() {
   QV_LOG("[%s:%d]CRTSPObjectList::CheckRtspConnect enter main loop....");
+  watching_ = true;
   while (IsRunning()) {
     if (!WatchPause(ScaledMs(kWatchPeriodMs)) || !IsRunning()) break;
     unsigned long now = GetTickCount();

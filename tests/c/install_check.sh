@@ -21,7 +21,9 @@ libdir=$(pkg-config --variable=libdir quorvel)
 [ -f "$libdir/libquorvel.so" ] || { echo "no libquorvel.so in $libdir"; exit 1; }
 
 "$cc" -std=c11 -Wall -Wextra -Werror "$@" "$source" $flags -o "$prefix/lifecycle"
-LD_LIBRARY_PATH="$libdir" ldd "$prefix/lifecycle" | grep -F "$libdir" >/dev/null ||
+# The program's own loader lists what it loads (ldd knows the host's only).
+loader=$(readelf -l "$prefix/lifecycle" | sed -n 's/.*interpreter: \(.*\)]/\1/p')
+LD_LIBRARY_PATH="$libdir" "$loader" --list "$prefix/lifecycle" | grep -F "$libdir" >/dev/null ||
   { echo "the program does not use the installed library"; exit 1; }
 LD_LIBRARY_PATH="$libdir" "$prefix/lifecycle" "$prefix/logs" >/dev/null
 echo "installed copy builds and runs"

@@ -32,7 +32,7 @@ class MediaExchange : public qvtest::CameraFixture {
   // read the edited record back.
   template <typename Rec>
   void Cycle(long id, long (*get)(long), long get_code, int (*read)(Rec*, const char*),
-             const std::function<void(Rec*)>& edit, long (*set)(long, Rec*), long set_code) {
+             const std::function<void(Rec*)>& edit, long (*set)(long, const Rec*), long set_code) {
     camera_->ClearReceived();
     std::string reply;
     Rec cfg;

@@ -31,7 +31,7 @@ std::string Take(char* text) {
 template <typename Rec>
 using Reader = int (*)(Rec*, const char*);
 template <typename Rec>
-using Writer = char* (*)(Rec*);
+using Writer = char* (*)(const Rec*);
 
 // Record to XML to record gives the same record; XML to record to XML gives
 // the same bytes.

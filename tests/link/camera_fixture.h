@@ -14,20 +14,22 @@
 #include "emu/camera.h"
 #include "link/event_recorder.h"
 #include "quorvel/quorvel.h"
+#include "support/time_factor.h"
 
 namespace qvtest {
 
 // Generous: the machine is shared and busy.
-const int kWaitMs = 10000;
+const int kWaitMs = static_cast<int>(10000 * TestTimeFactor());
 
 class CameraFixture : public ::testing::Test {
  protected:
-  // Timer scale of the case: 5 s protocol timers run in 5 s * scale.
+  // Timer scale of the case: 5 s protocol timers run in 5 s * scale
+  // (stretched by the test time factor under emulation).
   virtual double Scale() const { return 0.02; }
   virtual qvemu::CameraOptions Options() const { return qvemu::CameraOptions(); }
 
   void SetUp() override {
-    SetTimerScale(Scale());
+    SetTimerScale(StretchedScale(Scale()));
     IP_NET_DVR_Init();
     camera_.reset(new qvemu::Camera(Options()));
     ASSERT_TRUE(camera_->Start());
