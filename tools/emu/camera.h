@@ -44,6 +44,10 @@ struct CameraOptions {
   size_t record_limit = 10000;    // frames kept by Received(); the oldest go first
   std::string files_dir;          // folder the file store serves and keeps uploads in; "": memory only
   FileMode file_mode = FileMode::kChannel;
+  // Hostile mode (hostile.h): replies, pushed frames and served files turn
+  // hostile now and then, in a sequence fixed by the seed.
+  bool hostile = false;
+  uint64_t hostile_seed = 0;
 };
 
 struct ReceivedFrame {
