@@ -1,11 +1,12 @@
 // Writes starting inputs for the fuzz targets into <folder>/<target>/: what
 // the emulated camera sends (envelopes, alarm reports, search answers, its
 // configuration document), the configuration and time-zone files of the
-// tests, and small recordings in the recorder's layout. `make fuzz` runs it
+// tests, and small recordings in the recorder's layout (of a real encoded
+// stream when one is given). `make fuzz` runs it
 // ahead of the targets; the small hand-picked inputs of fuzz/corpus/ come
 // on top.
 //
-//   fuzz_seeds <folder> [source folder]
+//   fuzz_seeds <folder> [source folder] [H.264 elementary stream]
 #include <sys/stat.h>
 
 #include <cstdio>
@@ -49,44 +50,79 @@ std::string Le32(uint32_t v) {
   return s;
 }
 
-std::string Frame(const std::string& payload) {
+std::string Framed(const std::string& payload) {
   return Le32(CPacketFraming::kPlainFlag) + Le32(static_cast<uint32_t>(payload.size())) + payload;
 }
 
-// A recording: the header image, chunks of the given sizes (video, with an
-// audio chunk after each when audio is on) and, when closed, the index.
-std::string Recording(bool audio, int frames, bool closed) {
+struct Frame {
+  std::string bytes;
+  bool key;
+};
+
+// Made-up frames shaped like H.264 (SPS, PPS and a slice), for when no
+// encoded stream is at hand.
+std::vector<Frame> ShapedFrames() {
+  const std::string sps("\x00\x00\x00\x01\x67\x42\xc0\x0a\xd9\x1e\x84\x00\x00\x03\x00\x04"
+                        "\x00\x00\x03\x00\xc8\x3c\x48\x99\x20", 25);
+  const std::string pps("\x00\x00\x00\x01\x68\xcb\x83\xcb\x20", 9);
+  return {{sps + pps + std::string("\x00\x00\x00\x01\x65\x88\x84\x00\x33\xff", 10), true},
+          {std::string("\x00\x00\x00\x01\x41\x9a\x02\x04\x01", 9), false},
+          {std::string("\x00\x00\x00\x01\x41\x9a\x04\x08\x02", 9), false}};
+}
+
+// The access units of an Annex-B stream (one slice a picture), as a stream
+// source delivers them: every NAL unit up to and including a slice.
+std::vector<Frame> SplitAnnexB(const std::string& s) {
+  std::vector<size_t> starts;
+  for (size_t i = 0; i + 3 <= s.size(); ++i) {
+    if (s[i] == 0 && s[i + 1] == 0 && s[i + 2] == 1) {
+      starts.push_back(i > 0 && s[i - 1] == 0 ? i - 1 : i);
+      i += 2;
+    }
+  }
+  std::vector<Frame> frames;
+  Frame current{"", false};
+  for (size_t n = 0; n < starts.size(); ++n) {
+    size_t end = n + 1 < starts.size() ? starts[n + 1] : s.size();
+    std::string nal = s.substr(starts[n], end - starts[n]);
+    size_t head = nal[2] == 1 ? 3 : 4;
+    int type = head < nal.size() ? nal[head] & 0x1f : 0;
+    current.bytes += nal;
+    if (type == 5) current.key = true;
+    if (type == 1 || type == 5) {
+      frames.push_back(current);
+      current = Frame{"", false};
+    }
+  }
+  return frames;
+}
+
+// A recording in the recorder's layout: the header image, a chunk per
+// frame (and a G.711 chunk after each with audio) and, when closed, the
+// index of the video chunks.
+std::string Recording(const std::vector<Frame>& frames, bool audio, bool closed) {
   std::vector<unsigned char> head(kAviAvHeaderSize);
   int n = audio ? init_avi_header(head.data(), kAviAvHeaderSize, kAviVideoH264, kAviAudioG711,
-                                  64, 48, 64000, 25, 8000, 16, 1)
+                                  64, 48, 64000, 5, 8000, 16, 1)
                 : init_avi_header_video(head.data(), kAviAvHeaderSize, kAviVideoH264, 64, 48,
-                                        64000, 25);
+                                        64000, 5);
   std::string file(reinterpret_cast<const char*>(head.data()), static_cast<size_t>(n));
-  // A key frame: SPS, PPS and a slice of a 64x48 picture (not decodable
-  // pictures, but shaped like them).
-  const std::string sps("\x00\x00\x00\x01\x67\x42\xc0\x0a\xd9\x1e\x84\x00\x00\x03\x00\x04\x00\x00\x03\x00\xc8\x3c\x48\x99\x20", 25);
-  const std::string pps("\x00\x00\x00\x01\x68\xcb\x83\xcb\x20", 9);
   std::string index;
-  uint64_t movi = 4;
-  for (int i = 0; i < frames; ++i) {
-    std::string frame = i == 0 ? sps + pps + std::string("\x00\x00\x00\x01\x65\x88\x84\x00\x33\xff", 10)
-                               : std::string("\x00\x00\x00\x01\x41\x9a\x02\x04\x01", 9);
-    std::string chunk = "00dc" + std::string(4, '\0') + Le32(static_cast<uint32_t>(frame.size())) +
-                        std::string(4, '\0') + frame;
-    index += "00dc" + std::string(4, '\0') + Le32(i == 0 ? 0x10 : 0) + std::string(4, '\0') +
-             Le32(static_cast<uint32_t>(movi)) + std::string(4, '\0') +
-             Le32(static_cast<uint32_t>(frame.size())) + std::string(4, '\0');
-    movi += chunk.size();
-    file += chunk;
+  uint64_t movi = 8;  // index offsets count from the "movi" word
+  const std::string pad(4, '\0');
+  for (const Frame& f : frames) {
+    uint32_t size = static_cast<uint32_t>(f.bytes.size());
+    index += "00dc" + pad + Le32(f.key ? 16 : 0) + pad + Le32(static_cast<uint32_t>(movi)) + pad +
+             Le32(size) + pad;
+    file += "00dc" + pad + Le32(size) + f.bytes;
+    movi += 12 + size;
     if (audio) {
-      std::string samples(160, '\xd5');
-      file += "01wb" + std::string(4, '\0') + Le32(160) + std::string(4, '\0') + samples;
-      movi += 16 + 160;
+      file += "01wb" + pad + Le32(1600) + std::string(1600, '\xd5');
+      movi += 12 + 1600;
     }
   }
   if (closed) {
-    file += "idx1" + std::string(4, '\0') + Le32(static_cast<uint32_t>(index.size())) +
-            std::string(4, '\0') + index;
+    file += "idx1" + pad + Le32(static_cast<uint32_t>(index.size())) + pad + index;
   }
   return file;
 }
@@ -95,7 +131,7 @@ std::string Recording(bool audio, int frames, bool closed) {
 
 int main(int argc, char** argv) {
   if (argc < 2) {
-    fprintf(stderr, "usage: fuzz_seeds <folder> [source folder]\n");
+    fprintf(stderr, "usage: fuzz_seeds <folder> [source folder] [stream.h264]\n");
     return 2;
   }
   out_dir = argv[1];
@@ -133,12 +169,12 @@ int main(int argc, char** argv) {
     const std::string& m = messages[i];
     std::string name = "m" + std::to_string(i);
     Put("message_header", name, m);
-    Put("frame_receive", name, Frame(m));
+    Put("frame_receive", name, Framed(m));
     // Lost bytes ahead of a frame, a refused length, then the frame.
-    stream += std::string("\x58\x91junk", 6) + Frame(m);
+    stream += std::string("\x58\x91junk", 6) + Framed(m);
   }
   stream += Le32(CPacketFraming::kPlainFlag) + Le32(0) + Le32(CPacketFraming::kEncryptedFlag) +
-            Le32(0xFFFFFFF0u) + Frame(messages[1]);
+            Le32(0xFFFFFFF0u) + Framed(messages[1]);
   Put("frame_receive", "stream", stream);
   Put("alarm_list", "report", messages[2]);
   Put("ability_list", "list", qvemu::AbilityText(true));
@@ -170,13 +206,24 @@ int main(int argc, char** argv) {
   Put("config_document", "emulator", document);
   std::string full = ReadAll(source + "/tests/config/data/full_config.xml");
   if (!full.empty()) Put("config_document", "full", full);
+  // Each section reader (picked by the first byte) on the full document.
+  const std::string& sections = full.empty() ? document : full;
+  for (int i = 0; i < 64; ++i) {
+    Put("config_readers", "reader" + std::to_string(i), std::string(1, static_cast<char>(i)) + sections);
+  }
   Put("time_zone", "table", ReadAll(source + "/tests/config/data/qmr_tz.xml"));
 
-  // Recordings: closed and left open, video only and with audio.
-  Put("avi_reader", "video", Recording(false, 3, true));
-  Put("avi_reader", "av_open", Recording(true, 2, false));
-  Put("avi_convert", "video", Recording(false, 3, true));
-  Put("avi_convert", "av", Recording(true, 3, true));
+  // Recordings: closed and left open, video only and with audio, of an
+  // encoded stream when one is given.
+  std::vector<Frame> frames = ShapedFrames();
+  if (argc > 3) {
+    std::vector<Frame> encoded = SplitAnnexB(ReadAll(argv[3]));
+    if (!encoded.empty()) frames = encoded;
+  }
+  Put("avi_reader", "video", Recording(frames, false, true));
+  Put("avi_reader", "av_open", Recording(frames, true, false));
+  Put("avi_convert", "video", Recording(frames, false, true));
+  Put("avi_convert", "av", Recording(frames, true, true));
 
   printf("fuzz_seeds: %d inputs in %s\n", written, out_dir.c_str());
   return 0;
