@@ -305,6 +305,8 @@ class CPTZControlClass {
   void LockTransferFile();
   void UnlockTransferFile();
   friend class CFileTransportThread;
+  // The fuzz targets hand received messages straight to Dispatch.
+  friend struct FuzzLinkAccess;
 
   CPTZObjectList* owner_;
   std::string host_;
