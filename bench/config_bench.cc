@@ -1,5 +1,5 @@
-// Load and save of a full configuration document (every section: version,
-// network, media and stream typed, the others kept as text), beside xmllint
+// Load and save of a full configuration document (every section typed),
+// beside xmllint
 // parsing the same file; section writes and in-memory round trips.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>

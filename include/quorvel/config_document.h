@@ -9,6 +9,8 @@
 
 #include "quorvel/config_network.h"
 #include "quorvel/config_media.h"
+#include "quorvel/config_alarm.h"
+#include "quorvel/config_system.h"
 
 /* ------------------------------------------------------------------ */
 /* Work-day schedules (the older form of TimeSpanCfg)                  */
@@ -46,48 +48,22 @@ typedef struct ConfigVersion {
   char Version[64];
 } ConfigVersion;
 
-/* Capacity of a kept section text, terminator included. */
-#define QV_CONFIG_SECTION_TEXT_MAX 16384
-
-/*
- * A section whose typed record is not part of this library yet (system,
- * server, platform, record, GB28181, alarm).
- *
- * Loading the whole document keeps such a section's element exactly as the
- * file holds it, from its start tag to the end of its end tag, so that saving
- * the whole record writes it back byte for byte (apart from carriage returns,
- * which every save turns into blanks). Nothing in it is interpreted.
- *
- *  - length 0: the document had no such element; a save writes it empty
- *    (its start tag and end tag).
- *  - overflow 1: the element was longer than QV_CONFIG_SECTION_TEXT_MAX - 1
- *    bytes and could not be kept. A whole save of such a record fails (-1,
- *    file unchanged) rather than drop the section, and the file counts as
- *    not valid for CheckUserConfigFileValidity. Writing single sections into
- *    the file is unaffected: they leave every other section as it stands.
- */
-typedef struct ConfigSectionText {
-  unsigned int length;                     /* bytes in text */
-  unsigned int overflow;                   /* 1: too long, not kept */
-  char text[QV_CONFIG_SECTION_TEXT_MAX];   /* the element, zero-terminated */
-} ConfigSectionText;
-
 /*
  * The whole configuration (root element IPCConfig; a VEXORAConfig root reads
  * the same), one member per section, in this order. The record is large
  * (about 110 KiB): allocate it on the heap rather than on a thread's stack.
  */
 typedef struct IPCConfig {
-  ConfigSectionText system;        /* SystemConfig */
-  ConfigSectionText server;        /* ServerConfig */
+  SystemConfig system;             /* SystemConfig */
+  ServerConfig server;             /* ServerConfig */
   MediaStreamConfig mediaStream;   /* MediaStreamConfig */
-  ConfigSectionText platform;      /* PlatformConfig */
-  ConfigSectionText record;        /* RecordConfig */
+  PlatformConfig platform;         /* PlatformConfig */
+  RecordConfig record;             /* RecordConfig */
   NetworkConfig network;           /* NetworkConfig */
-  ConfigSectionText gb28181;       /* GB28181Config */
+  GB28181Config gb28181;           /* GB28181Config */
   ConfigVersion version;           /* ConfigVersion */
   MediaConfig media;               /* MediaConfig */
-  ConfigSectionText alarm;         /* AlarmConfig */
+  AlarmConfig alarm;               /* AlarmConfig */
 } IPCConfig;
 
 #endif /* QUORVEL_CONFIG_DOCUMENT_H */

@@ -64,8 +64,10 @@ QV_API long IP_NET_DVR_Login_Encrypt(const char* ip, unsigned short port, char* 
 QV_API long IP_NET_DVR_EXCHANGE_Encrypt(long userID);
 
 /* Stops the session and waits for its link thread (status 32 is the last
- * event). 0 for userID 0 and for a logged-out camera; -9000002 when the ID
- * is unknown. May be called from a callback of the same camera. */
+ * event). 0, also for userID 0; -9000002 when the ID names no session, as
+ * for a second logout of the same ID. May be called from a callback of the
+ * same camera: the ID is gone at once, the session ends after the callback
+ * returns, and the ID is not handed out again before it has. */
 QV_API long IP_NET_DVR_Logout(long userID);
 
 /* id 0: the auto-reconnect default for streams and sessions started later.
@@ -150,10 +152,13 @@ QV_API long IP_NET_DVR_SetDVRConfig(long userID, unsigned long code, long channe
 
 /* A message of type SYSTEM_CONFIG_SET_MESSAGE, SYSTEM_CONFIG_GET_MESSAGE,
  * SYSTEM_CONTROL_MESSAGE, VOD_CONTROL_MESSAGE or SYSTEM_ENCRYPT_MESSAGE;
- * -8999995 for any other type. */
+ * -8999995 for any other type. A message longer than 51,199 characters is
+ * cut there. */
 QV_API long IP_NET_DVR_WriteAUXStringEx(long userID, char* type, long code, long flag,
                                         const char* body);
-/* length bytes sent as one frame, exactly as given. */
+/* length bytes sent as one frame, exactly as given: a length of 0 sends a
+ * bare frame header; a negative length sends a header that cannot be
+ * followed by its payload, so the link drops (status 20) and reconnects. */
 QV_API long IP_NET_DVR_SendRawMsg(long userID, const char* message, int length);
 /* A finished message text sent in an encrypted frame (flag 0x52598157). */
 QV_API long IP_NET_DVR_SEND_ENCRYPPT_RAWDATA(long userID, char* data);
@@ -175,9 +180,11 @@ QV_API long IP_NET_DVR_SetUserData(long userID, char* data, int length);
 /* Asks for a picture of stream (0 or 1) at quality 0..100 (code 1043).
  * timeout 0: returns once asked; the camera announces the picture with
  * alarm 23. Otherwise waits up to timeout ms (a negative timeout means 200)
- * for that alarm and then fetches the picture to path; fetching needs the
- * file channel, which this build lacks, so the wait ends with -1 when the
- * picture is announced, and with -8999961 when it is not. */
+ * for that alarm, fetches the picture to path as a download (files.h) and
+ * returns 0 once it is stored there (status 16), or when the wait ends
+ * while it is still arriving (status 16 or 17 follows). The download's
+ * refusal (for example -8999987 while another transfer runs), or -8999961
+ * when the picture was not announced in time. */
 QV_API long IP_NET_DVR_SnapPic(long userID, int stream, int quality, const char* path,
                                int timeout);
 

@@ -128,6 +128,8 @@ enum {
 
 #include "quorvel/records.h"
 #include "quorvel/config_types.h"
+#include "quorvel/config_alarm.h"
+#include "quorvel/config_system.h"
 #include "quorvel/config_media.h"
 #include "quorvel/config_document.h"
 #include "quorvel/stream_params.h"
@@ -221,5 +223,9 @@ QV_API long IP_NET_DVR_SetReplayDataCallBack(QV_ReplayDataCallBack cb,
                                              void* user);
 
 #include "quorvel/device.h"
+#include "quorvel/voice.h"
+#include "quorvel/config_exchange.h"
+#include "quorvel/discovery.h"
+#include "quorvel/files.h"
 
 #endif /* QUORVEL_QUORVEL_H */

@@ -7,27 +7,31 @@
 
 namespace {
 
-long Login(const char* func, const char* ip, unsigned short port, char* user, char* password,
-           long encrypt, const char* key) {
-  const char* shown = ip != nullptr ? ip : "";
-  QV_LOG("[%s:%d]%s(%s) start...\n", func, shown);
-  unsigned long start = GetTickCount();
-  long id = ObjectPtzList.Add(ip, port, user, password, 1, encrypt, key);
-  QV_LOG("[%s:%d]%s(%s) return %d,use tick=%d------\n", func, shown, static_cast<int>(id),
-         static_cast<int>(GetTickCount() - start));
-  return id;
-}
+const char* Shown(const char* ip) { return ip != nullptr ? ip : ""; }
+
+int Elapsed(unsigned long start) { return static_cast<int>(GetTickCount() - start); }
 
 }  // namespace
 
+// Each exported function writes its own lines, so that they carry its name.
 QV_API long IP_NET_DVR_Login(const char* ip, unsigned short port, char* user, char* password,
                              void*) {
-  return Login(__FUNCTION__, ip, port, user, password, 0, nullptr);
+  QV_LOG("[%s:%d]%s(%s) start...\n", __FUNCTION__, Shown(ip));
+  unsigned long start = GetTickCount();
+  long id = ObjectPtzList.Add(ip, port, user, password, 1, 0, nullptr);
+  QV_LOG("[%s:%d]%s(%s) return %d,use tick=%d------\n", __FUNCTION__, Shown(ip),
+         static_cast<int>(id), Elapsed(start));
+  return id;
 }
 
 QV_API long IP_NET_DVR_Login_Encrypt(const char* ip, unsigned short port, char* user,
                                      char* password, void*, const char* key) {
-  return Login(__FUNCTION__, ip, port, user, password, 1, key);
+  QV_LOG("[%s:%d]%s(%s) start...\n", __FUNCTION__, Shown(ip));
+  unsigned long start = GetTickCount();
+  long id = ObjectPtzList.Add(ip, port, user, password, 1, 1, key);
+  QV_LOG("[%s:%d]%s(%s) return %d,use tick=%d------\n", __FUNCTION__, Shown(ip),
+         static_cast<int>(id), Elapsed(start));
+  return id;
 }
 
 QV_API long IP_NET_DVR_EXCHANGE_Encrypt(long userID) {
@@ -40,8 +44,7 @@ QV_API long IP_NET_DVR_Logout(long userID) {
   if (userID == 0) return 0;
   unsigned long start = GetTickCount();
   int ret = ObjectPtzList.Delete(userID);
-  QV_LOG("[%s:%d]%s(%ld) end,use tick=%d\n", __FUNCTION__, userID,
-         static_cast<int>(GetTickCount() - start));
+  QV_LOG("[%s:%d]%s(%ld) end,use tick=%d\n", __FUNCTION__, userID, Elapsed(start));
   return ret;
 }
 

@@ -34,7 +34,6 @@ const char* Lookup(const CommandWord (&table)[N], long number) {
 QV_API long IP_NET_DVR_PTZControlEx(long userID, const char* xml) {
   QV_LOG("[%s:%d]%s(%d) pXml:%s\n\n", __FUNCTION__, static_cast<int>(userID),
          xml != nullptr ? xml : "");
-  if (xml == nullptr) return QV_E_INVALID_ARG;
   return ObjectPtzList.PTZControlEx(userID, xml);
 }
 

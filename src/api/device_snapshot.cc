@@ -21,7 +21,9 @@ const int kDefaultSnapWaitMs = 200;
 const int kMaxTaskEntries = 64;
 const int kTaskRequestSize = 4048;
 const int kTaskSliceMs = 100;
-const int kMinTaskPauseMs = 10;  // keeps a zero interval from spinning
+// A round that slept nothing (interval 0 or less, or no entries) pauses this
+// long, so that the task does not spin.
+const int kIdleRoundPauseMs = 1;
 
 // One task at a time; a new start gets a new generation, so that a thread
 // of a stopped task that has not noticed yet never runs on.
@@ -37,8 +39,8 @@ bool TaskAlive(const TaskRun& run) {
   return g_task_running != 0 && g_task_generation == run.generation;
 }
 
+// Sleeps ms, in slices that notice a stop.
 void TaskPause(const TaskRun& run, int ms) {
-  if (ms < kMinTaskPauseMs) ms = kMinTaskPauseMs;
   unsigned long start = GetTickCount();
   while (TaskAlive(run) && GetTickCount() - start < static_cast<unsigned long>(ms)) {
     SleepMs(kTaskSliceMs < ms ? kTaskSliceMs : static_cast<unsigned long>(ms));
@@ -57,7 +59,7 @@ void* SnapTaskThread(void* arg) {
   MakeXMLRequest(request, sizeof(request), "SYSTEM_CONTROL_MESSAGE", "1043", "0", body);
   int count = task.count < 0 ? 0 : (task.count > kMaxTaskEntries ? kMaxTaskEntries : task.count);
   while (TaskAlive(*run)) {
-    if (count == 0) TaskPause(*run, task.interval);
+    bool slept = false;
     for (int i = 0; i < count && TaskAlive(*run); ++i) {
       CPTZControlClass* session = ObjectPtzList.FindObjectByID(task.userID[i], 0);
       if (session != nullptr) {
@@ -66,8 +68,12 @@ void* SnapTaskThread(void* arg) {
         session->SnapPicEx(request, task.buffer[i], task.bufferSize[i]);
         ObjectPtzList.ReleaseObjLock();
       }
-      TaskPause(*run, task.interval);
+      if (task.interval > 0) {
+        TaskPause(*run, task.interval);
+        slept = true;
+      }
     }
+    if (!slept) TaskPause(*run, kIdleRoundPauseMs);
   }
   return nullptr;
 }

@@ -17,10 +17,13 @@ const unsigned long kLogFile = 1025;
 const unsigned long kDayNight = 1046;
 const unsigned long kScareOff = 1112;
 
-long Control(const char* func, long userID, unsigned long code, const char* body) {
-  QV_LOG("[%s:%d]%s(%d)\n", func, static_cast<int>(userID));
+// Each exported function writes its entry line itself, so that the line
+// carries its own name.
+long Control(long userID, unsigned long code, const char* body) {
   return ObjectPtzList.SystemControl(userID, code, 0, body);
 }
+
+int Id(long userID) { return static_cast<int>(userID); }
 
 }  // namespace
 
@@ -31,7 +34,8 @@ QV_API long IP_NET_DVR_SystemControl(long userID, unsigned long code, int flag,
 }
 
 QV_API long IP_NET_DVR_RebootDVR(long userID) {
-  return Control(__FUNCTION__, userID, kReboot, "");
+  QV_LOG("[%s:%d]%s(%d)\n", __FUNCTION__, Id(userID));
+  return Control(userID, kReboot, "");
 }
 
 QV_API long IP_NET_DVR_ShutDownDVR(long userID) {
@@ -45,8 +49,9 @@ QV_API long IP_NET_DVR_FormatDisk(long userID, long disk) {
       "<REQUEST_PARAM\nDevName=\"sd2\" \n/>",
       "<REQUEST_PARAM\nDevName=\"usb\" \n/>",
   };
+  QV_LOG("[%s:%d]%s(%d)\n", __FUNCTION__, Id(userID));
   const char* body = (disk >= 0 && disk <= 2) ? kDisks[disk] : "";
-  return Control(__FUNCTION__, userID, kFormatDisk, body);
+  return Control(userID, kFormatDisk, body);
 }
 
 QV_API long IP_NET_DVR_GetFormatProgress(long, long, long*, long*) {
@@ -55,24 +60,28 @@ QV_API long IP_NET_DVR_GetFormatProgress(long, long, long*, long*) {
 }
 
 QV_API long IP_NET_DVR_Ircut_switch_daynight(long userID, int mode) {
+  QV_LOG("[%s:%d]%s(%d)\n", __FUNCTION__, Id(userID));
   const char* body =
       mode < 1 ? "<REQUEST_PARAM Mode=\"NightMode\" />" : "<REQUEST_PARAM Mode=\"DayMode\" />";
-  return Control(__FUNCTION__, userID, kDayNight, body);
+  return Control(userID, kDayNight, body);
 }
 
 QV_API long IP_NET_DVR_RestoreConfig(long userID) {
-  return Control(__FUNCTION__, userID, kRestoreConfig, "");
+  QV_LOG("[%s:%d]%s(%d)\n", __FUNCTION__, Id(userID));
+  return Control(userID, kRestoreConfig, "");
 }
 
 QV_API long IP_NET_DVR_FindDVRLogFile(long userID) {
-  return Control(__FUNCTION__, userID, kLogFile, "");
+  QV_LOG("[%s:%d]%s(%d)\n", __FUNCTION__, Id(userID));
+  return Control(userID, kLogFile, "");
 }
 
 QV_API long IP_NET_DVR_SCARE_OFF(long userID, int playSound, int ledOn, int time) {
+  QV_LOG("[%s:%d]%s(%d)\n", __FUNCTION__, Id(userID));
   char body[128];
   snprintf(body, sizeof(body), "<REQUEST_PARAM play_sound=\"%d\" led_on=\"%d\" time=\"%d\"/>",
            playSound, ledOn, time);
-  return Control(__FUNCTION__, userID, kScareOff, body);
+  return Control(userID, kScareOff, body);
 }
 
 QV_API long IP_NET_DVR_GetDeviceAbility(long userID) {
@@ -100,7 +109,6 @@ QV_API long IP_NET_DVR_SetDVRConfig(long userID, unsigned long code, long channe
 QV_API long IP_NET_DVR_WriteAUXStringEx(long userID, char* type, long code, long flag,
                                         const char* body) {
   QV_LOG("[%s:%d]%s(%d)\n", __FUNCTION__, static_cast<int>(userID));
-  if (type == nullptr) return QV_E_INVALID_ARG;
   return ObjectPtzList.WriteAUXStringEx(userID, type, code, flag, body);
 }
 
@@ -110,7 +118,6 @@ QV_API long IP_NET_DVR_SendRawMsg(long userID, const char* message, int length) 
 
 QV_API long IP_NET_DVR_SEND_ENCRYPPT_RAWDATA(long userID, char* data) {
   QV_LOG("[%s:%d]%s(%d)\n", __FUNCTION__, static_cast<int>(userID));
-  if (data == nullptr) return QV_E_INVALID_ARG;
   return ObjectPtzList.SendEncryptRawData(userID, data);
 }
 

@@ -15,7 +15,7 @@
 CPTZObjectList::CPTZObjectList() { InitializeCriticalSection(&talk_lock_); }
 
 CPTZObjectList::~CPTZObjectList() {
-  ReleaseAll(-1);
+  ReleaseAll(-1);  // also waits for logouts still finishing
   EnterCriticalSection(&talk_lock_);
   talk_map_.clear();
   LeaveCriticalSection(&talk_lock_);
@@ -56,7 +56,7 @@ long CPTZObjectList::InsertItem(CPTZControlClass* session) {
   table_lock_.Lock();
   long id = -1;
   for (int i = 0; i < kMaxSessions; ++i) {
-    if (table_[i] != nullptr) continue;
+    if (table_[i] != nullptr || winding_down_[i]) continue;
     table_[i] = session;
     id = i + 1;
     session->SetUserID(id);
@@ -75,7 +75,11 @@ CPTZControlClass* CPTZObjectList::FindObjectByID(long id, int detach) {
   // Every ID outside 1..128 names no session.
   if (id >= 1 && id <= kMaxSessions) {
     session = table_[id - 1];
-    if (session != nullptr && detach != 0) table_[id - 1] = nullptr;
+    if (session != nullptr && detach != 0) {
+      table_[id - 1] = nullptr;
+      winding_down_[id - 1] = true;
+      session->MarkRetired();
+    }
   }
   if (session != nullptr) return session;
   QV_LOG("[%s:%d]cannot found userid %ld\n\n", id);
@@ -104,22 +108,54 @@ CPTZControlClass* CPTZObjectList::FindObjectByIpstring(const char* ipPort) {
 }
 
 void CPTZObjectList::DestroySession(CPTZControlClass* session) {
+  long id = session->UserID();
   if (!session->OnLinkThread()) {
-    session->Kill(-1);
+    session->Shutdown();
     delete session;
+    FreeEntry(id);
     return;
   }
   // Called from one of the session's own callbacks: its link thread cannot
-  // wait for itself. It is asked to stop, and a helper waits and deletes.
+  // wait for itself. It is asked to stop, and a helper waits and deletes;
+  // clean-up and the registry's end wait for the helper.
   session->Kill(0);
+  {
+    std::lock_guard<std::mutex> lock(pending_mu_);
+    ++pending_logouts_;
+  }
   try {
-    std::thread([session] {
-      session->Kill(-1);
+    std::thread([this, session, id] {
+      session->Shutdown();
       delete session;
+      FreeEntry(id);
+      std::lock_guard<std::mutex> lock(pending_mu_);
+      if (--pending_logouts_ == 0) pending_cv_.notify_all();
     }).detach();
   } catch (const std::system_error&) {
+    // The session stops by itself; its entry stays taken.
     QV_LOG("[%s:%d]no thread to finish the logout of %s\n", session->AddressText().c_str());
+    std::lock_guard<std::mutex> lock(pending_mu_);
+    if (--pending_logouts_ == 0) pending_cv_.notify_all();
   }
+}
+
+void CPTZObjectList::FreeEntry(long id) {
+  if (id < 1 || id > kMaxSessions) return;
+  table_lock_.Lock();
+  winding_down_[id - 1] = false;
+  table_lock_.Unlock();
+}
+
+int CPTZObjectList::PendingLogouts() {
+  std::lock_guard<std::mutex> lock(pending_mu_);
+  return pending_logouts_;
+}
+
+void CPTZObjectList::WaitForPendingLogouts() {
+  // A link thread cannot wait here: the logout pending may be its own.
+  if (CPTZControlClass::OnAnyLinkThread()) return;
+  std::unique_lock<std::mutex> lock(pending_mu_);
+  pending_cv_.wait(lock, [this] { return pending_logouts_ == 0; });
 }
 
 int CPTZObjectList::Delete(long id) {
@@ -133,23 +169,27 @@ int CPTZObjectList::Delete(long id) {
 }
 
 int CPTZObjectList::ReleaseAll(int mode) {
-  // LAN discovery, when present, is stopped here before and after.
+  search_.StopSearch();
   std::vector<CPTZControlClass*> detached;
   table_lock_.Lock();
   for (CPTZControlClass* session : table_) {
     if (session != nullptr) session->Kill(0);
   }
   if (mode != 0) {
-    for (CPTZControlClass*& entry : table_) {
-      if (entry == nullptr) continue;
-      detached.push_back(entry);
-      entry = nullptr;
+    for (int i = 0; i < kMaxSessions; ++i) {
+      if (table_[i] == nullptr) continue;
+      detached.push_back(table_[i]);
+      table_[i]->MarkRetired();
+      table_[i] = nullptr;
+      winding_down_[i] = true;
     }
   }
   table_lock_.Unlock();
   // The sessions are waited for outside the lock, so that a callback of a
   // stopping session may still call into the registry.
   for (CPTZControlClass* session : detached) DestroySession(session);
+  search_.StopSearch();
+  if (mode != 0) WaitForPendingLogouts();
   return 0;
 }
 
@@ -163,9 +203,9 @@ int CPTZObjectList::SetAutoReconnect(long id, int value) {
 
 int CPTZObjectList::SetMessageHWND(int, long) { return 0; }
 
-long CPTZObjectList::AudioFrameData(char*, long) {
-  // Members would receive the frame here; the group never has any.
+long CPTZObjectList::AudioFrameData(char* data, long length) {
   EnterCriticalSection(&talk_lock_);
+  for (auto& member : talk_map_) member.second->AudioFrameData(data, length);
   LeaveCriticalSection(&talk_lock_);
   return 0;
 }
@@ -184,11 +224,15 @@ int CPTZObjectList::StopTalk() { return 0; }
 
 int CPTZObjectList::RemoveTalk(long id) {
   EnterCriticalSection(&talk_lock_);
-  bool found = talk_map_.erase(id) > 0;
+  CPTZControlClass* member = nullptr;
+  auto found = talk_map_.find(id);
+  if (found != talk_map_.end()) {
+    member = found->second;
+    talk_map_.erase(found);
+  }
   LeaveCriticalSection(&talk_lock_);
-  // AddTalk never inserts, so no ID is ever found; a member would have its
-  // voice talk stopped here.
-  return found ? 0 : QV_E_UNKNOWN_USER;
+  // AddTalk never inserts, so no ID is ever found.
+  return member != nullptr ? member->StopAudio() : QV_E_UNKNOWN_USER;
 }
 
 template <typename Op>
@@ -202,6 +246,22 @@ int CPTZObjectList::Forward(long id, Op op) {
 
 int CPTZObjectList::GetReplayAblity(long id) {
   return Forward(id, [](CPTZControlClass* s) { return s->GetReplayAblity(); });
+}
+
+int CPTZObjectList::StartAudio(long id, int audio_type, int sample_rate, int channels) {
+  return Forward(id, [=](CPTZControlClass* s) {
+    return s->StartAudio(audio_type, sample_rate, channels);
+  });
+}
+
+int CPTZObjectList::StopAudio(long id) {
+  return Forward(id, [](CPTZControlClass* s) { return s->StopAudio(); });
+}
+
+int CPTZObjectList::InputAudioData(long id, const char* data, int length) {
+  return Forward(id, [=](CPTZControlClass* s) {
+    return static_cast<int>(s->AudioFrameData(data, length));
+  });
 }
 
 int CPTZObjectList::GetUserData(unsigned long id, char* buffer, int* length) {
@@ -218,8 +278,16 @@ int CPTZObjectList::CreateIFrame(unsigned long id, int stream) {
   return Forward(static_cast<long>(id), [=](CPTZControlClass* s) { return s->CreateIFrame(stream); });
 }
 
+// The restart waits for the old link thread, whose last callbacks may call
+// into the registry: the lock is let go first and the session pinned.
 int CPTZObjectList::Reconnect(long id) {
-  return Forward(id, [](CPTZControlClass* s) { return s->Reconnect(); });
+  CPTZControlClass* session = FindObjectByID(id, 0);
+  if (session == nullptr) return QV_E_UNKNOWN_USER;
+  session->Pin();
+  ReleaseObjLock();
+  int ret = session->Reconnect();
+  session->Unpin();
+  return ret;
 }
 
 int CPTZObjectList::GetDVRConfig(long id, unsigned long code, long channel, void* body,
@@ -266,4 +334,20 @@ int CPTZObjectList::SnapPic(long id, int stream, int quality, const char* path, 
 
 int CPTZObjectList::ExchangeEncrypt(long id) {
   return Forward(id, [](CPTZControlClass* s) { return s->ExchangeEncrypt(); });
+}
+
+int CPTZObjectList::UploadFile(long id, long type, const char* path) {
+  return Forward(id, [=](CPTZControlClass* s) { return s->UploadFile(type, path); });
+}
+
+int CPTZObjectList::DownloadFile(long id, long type, const char* remote, const char* local) {
+  return Forward(id, [=](CPTZControlClass* s) { return s->DownloadFile(type, remote, local); });
+}
+
+int CPTZObjectList::GetProcessPos(long id, long direction) {
+  return Forward(id, [=](CPTZControlClass* s) { return s->GetDownloadPos(direction); });
+}
+
+int CPTZObjectList::StopUpload(long id) {
+  return Forward(id, [](CPTZControlClass* s) { return s->StopDownload(1); });
 }

@@ -9,10 +9,13 @@
 #pragma once
 
 #include <atomic>
+#include <condition_variable>
 #include <map>
+#include <mutex>
 
 #include "base/bk_mutex.h"
 #include "base/critical_section.h"
+#include "discovery/search_ipc.h"
 #include "quorvel/quorvel.h"
 
 class CPTZControlClass;
@@ -38,11 +41,14 @@ class CPTZObjectList {
   long Add(const char* ip, long port, const char* user, const char* password, long loginMode,
            long encrypt, const char* key);
   // Stores the session in the lowest free entry and starts it. The user ID,
-  // or -1 when all entries are taken.
+  // or -1 when all entries are taken. An entry whose logged-out session is
+  // still winding down is not free: its ID is not handed out before that
+  // session has posted its last event.
   long InsertItem(CPTZControlClass* session);
   // The session of id with the table lock held (detach != 0: the entry is
-  // cleared and the caller owns the session); null, lock released, for any
-  // ID that names no session (including every ID outside 1..128).
+  // cleared and the caller owns the session, which it must end with
+  // DestroySession); null, lock released, for any ID that names no session
+  // (including every ID outside 1..128).
   CPTZControlClass* FindObjectByID(long id, int detach);
   void ReleaseObjLock();
   // The first session whose address text ("ip:port") equals ipPort, with
@@ -51,8 +57,11 @@ class CPTZObjectList {
   // Logout: detaches under the lock, tears down outside it. 0 or -9000002.
   int Delete(long id);
   // Stops every session: mode 0 only asks; any other mode also waits for
-  // each and destroys it. 0.
+  // each and destroys it, and (except on a link thread) for the logouts
+  // still finishing on helper threads. 0.
   int ReleaseAll(int mode);
+  // Logouts made from a session's own callback that are still finishing.
+  int PendingLogouts();
   // id 0: the auto-reconnect default of later sessions (0); otherwise the
   // session's setting.
   int SetAutoReconnect(long id, int value);
@@ -86,11 +95,15 @@ class CPTZObjectList {
   int AddTalk(long id);                      // 0
   int StartTalk(int, int, int, int);         // 0
   int StopTalk();                            // 0
-  int RemoveTalk(long id);                   // -9000002 for every ID
+  // Stops voice talk of a member: -9000002 when id is not one (always).
+  int RemoveTalk(long id);
 
   // ---- per-device forwarders: -9000002 for an unknown ID, else the
   // session's result ------------------------------------------------------
   int GetReplayAblity(long id);
+  int StartAudio(long id, int audio_type, int sample_rate, int channels);
+  int StopAudio(long id);
+  int InputAudioData(long id, const char* data, int length);
   int GetUserData(unsigned long id, char* buffer, int* length);
   int SetUserData(unsigned long id, char* data, int length);
   int CreateIFrame(unsigned long id, int stream);
@@ -106,7 +119,18 @@ class CPTZObjectList {
   int WriteAUXStringEx1(long id, const char* data, int length);
   int PTZControlEx(long id, const char* xml);
   int SnapPic(long id, int stream, int quality, const char* path, int timeout_ms);
+  // File transfers (the session's UploadFile, DownloadFile, GetDownloadPos
+  // and StopDownload).
+  int UploadFile(long id, long type, const char* path);
+  int DownloadFile(long id, long type, const char* remote, const char* local);
+  int GetProcessPos(long id, long direction);
+  int StopUpload(long id);                        // stops either direction
+  int StopDownload(long) { return 0; }            // no lookup
+  int GetUploadState(long, long) { return 0; }    // no lookup
   int ExchangeEncrypt(long id);
+
+  // LAN discovery, which lives and dies with the registry.
+  CCSearchIPC& Search() { return search_; }
 
   int LastError() const { return last_error_; }
   int SessionCount() const { return session_count_; }
@@ -114,13 +138,20 @@ class CPTZObjectList {
  private:
   template <typename Op>
   int Forward(long id, Op op);
-  // Kill(-1) and delete; from the session's own link thread (a callback
-  // that logs its device out) the teardown finishes on a helper thread.
+  // Stops, waits for and deletes a session that has left the table, then
+  // frees its entry. From the session's own link thread (a callback that
+  // logs its device out) this finishes on a helper thread.
   void DestroySession(CPTZControlClass* session);
+  void FreeEntry(long id);
+  void WaitForPendingLogouts();
 
   long message_window_ = 0;
   CPTZControlClass* table_[kMaxSessions] = {};
+  bool winding_down_[kMaxSessions] = {};  // entry left, session not yet gone
   CBkMutex table_lock_;
+  std::mutex pending_mu_;
+  std::condition_variable pending_cv_;
+  int pending_logouts_ = 0;
   int last_error_ = 0;
 
   QV_ExceptionCallBack exception_cb_ = nullptr;
@@ -138,6 +169,7 @@ class CPTZObjectList {
   CRITICAL_SECTION talk_lock_;
   int auto_reconnect_default_ = -1;
   std::atomic<int> session_count_{0};
+  CCSearchIPC search_;
 };
 
 extern CPTZObjectList ObjectPtzList;

@@ -34,34 +34,43 @@ int VDebugLogFunc(const char* fmt, va_list ap) {
   return 0;
 }
 
-// The sinks' part of both line forms: echo to the console, then the file,
-// then the network. A failing sink ends the call with -1.
-int Deliver(const char* writer, const char* text, const SYSTEMTIME& st, LineForm form) {
-  DebugLogFunc("[%s:%d]%s\n", writer, __LINE__, text);
-  if (to_file && WriteFileLine(text, st, form) != 0) return -1;
+// The sinks' part of both line forms. `echo` repeats the line on the
+// console and has the file sink announce it on standard output, as
+// WriteDebugLog and DebugLogType do; the library's own lines reach the
+// console only through DebugLogFunc. A failing sink ends the call with -1.
+int Deliver(const char* writer, const char* text, const SYSTEMTIME& st, LineForm form,
+            bool echo) {
+  if (echo) DebugLogFunc("[%s:%d]%s\n", writer, __LINE__, text);
+  if (to_file && WriteFileLine(text, st, form, echo && form == kLongForm) != 0) return -1;
   if (to_network && SendLine(text, strlen(text), form) != 0) return -1;
   return 0;
 }
 
-int VWriteDebugLog(const char* func, const char* file, int line, void* obj, const char* fmt,
-                   va_list ap) {
-  if (!to_file && !to_network) return -1;
+// The long line form of WriteDebugLog, and its local time in *st.
+void FormatLongLine(const char* func, const char* file, int line, void* obj, const char* fmt,
+                    va_list ap, char* text, size_t size, SYSTEMTIME* st) {
   char message[kMaxMessage];
   vsnprintf(message, sizeof(message), fmt, ap);
-  SYSTEMTIME st;
-  local_clock(&st);
+  local_clock(st);
   char prefix[256];
-  snprintf(prefix, sizeof(prefix), "%02d-%02d %02d:%02d:%02d,this=0x%p,Tid=0x%X", st.tm_mon,
-           st.tm_mday, st.tm_hour, st.tm_min, st.tm_sec, obj,
+  snprintf(prefix, sizeof(prefix), "%02d-%02d %02d:%02d:%02d,this=0x%p,Tid=0x%X", st->tm_mon,
+           st->tm_mday, st->tm_hour, st->tm_min, st->tm_sec, obj,
            static_cast<unsigned>(GetCurrentThreadId()));
-  char text[kMaxMessage + 1024];
   if (show_file_line) {
-    snprintf(text, sizeof(text), "%s:%s-----------fun=%s,file:%s,line:%d,%s\r\n", kName, message,
+    snprintf(text, size, "%s:%s-----------fun=%s,file:%s,line:%d,%s\r\n", kName, message,
              func ? func : "", file ? file : "", line, prefix);
   } else {
-    snprintf(text, sizeof(text), "%s:%s,%s\r\n", kName, prefix, message);
+    snprintf(text, size, "%s:%s,%s\r\n", kName, prefix, message);
   }
-  return Deliver("WriteDebugLog", text, st, kLongForm);
+}
+
+int VWriteDebugLog(const char* func, const char* file, int line, void* obj, const char* fmt,
+                   va_list ap, bool echo) {
+  if (!to_file && !to_network) return -1;
+  char text[kMaxMessage + 1024];
+  SYSTEMTIME st;
+  FormatLongLine(func, file, line, obj, fmt, ap, text, sizeof(text), &st);
+  return Deliver("WriteDebugLog", text, st, kLongForm, echo);
 }
 
 }  // namespace
@@ -94,7 +103,7 @@ int WriteDebugLog(const char* func, const char* file, int line, int, void* obj, 
                   ...) {
   va_list ap;
   va_start(ap, fmt);
-  int ret = VWriteDebugLog(func, file, line, obj, fmt, ap);
+  int ret = VWriteDebugLog(func, file, line, obj, fmt, ap, true);
   va_end(ap);
   return ret;
 }
@@ -102,12 +111,15 @@ int WriteDebugLog(const char* func, const char* file, int line, int, void* obj, 
 int DebugLogLine(const char* func, const char* file, int line, const char* fmt, ...) {
   va_list ap;
   va_start(ap, fmt);
-  int ret;
-  if (to_file || to_network) {
-    ret = VWriteDebugLog(func, file, line, nullptr, fmt, ap);
-  } else {
-    ret = VDebugLogFunc(fmt, ap);
+  int ret = 0;
+  if (console) {
+    va_list copy;
+    va_copy(copy, ap);
+    ret = VDebugLogFunc(fmt, copy);
+    va_end(copy);
   }
+  // The file and UDP sinks get the long form, without a word on the console.
+  if (to_file || to_network) ret = VWriteDebugLog(func, file, line, nullptr, fmt, ap, false);
   va_end(ap);
   return ret;
 }
@@ -126,7 +138,7 @@ int DebugLogType(LOGTYPE, const char* fmt, ...) {
            static_cast<unsigned>(GetCurrentThreadId()));
   char text[kMaxMessage + 256];
   snprintf(text, sizeof(text), "%s: %s%s\r\n", kName, prefix, message);
-  return Deliver("DebugLogType", text, st, kShortForm);
+  return Deliver("DebugLogType", text, st, kShortForm, true);
 }
 
 int DebugInitLoad(int reload) {
@@ -182,8 +194,9 @@ int DebugRelease() {
   int count = --init_count;
   if (count > 0) return 0;
   if (count < 0) {
+    // The count stays below 0: the next DebugInit only counts, it does not
+    // load the configuration again.
     CONSOLE_LOG("[%s:%d]DebugRelease() count=%d,%s", count, kReleaseWarning);
-    init_count = 0;  // a later DebugInit starts afresh
     return 0;
   }
   CONSOLE_LOG("[%s:%d]DebugRelease %s %s %s\n\n", kName, kBuildDate, kBuildTime);

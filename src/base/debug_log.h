@@ -2,9 +2,9 @@
 //
 // Every log line of the library is written with QV_LOG, whose format begins
 // with "[%s:%d]"; the macro fills those two with the calling function's name
-// and the source line. While the file or UDP sink is on, a line goes there
-// (WriteDebugLog, which echoes it to the console when the switch is on);
-// otherwise it goes to the console alone, and only when the switch is on.
+// and the source line. A line goes to the console (DebugLogFunc) when the
+// console switch is on, and in the long form of WriteDebugLog to the file
+// and UDP sinks that are on; nothing else ever reaches standard output.
 // Settings come from "./player_dbg.cfg" (see debug_log_config.h) and from
 // SetLogToFile / DebugLogSwitch.
 #pragma once
@@ -23,7 +23,8 @@ enum LOGTYPE { LOGTYPE_DEBUG = 0, LOGTYPE_INFO = 1, LOGTYPE_ERROR = 2 };
 
 // Reference-counted start and release. The first DebugInit loads
 // "./player_dbg.cfg"; the last DebugRelease closes the sinks; one release
-// too many prints a warning and leaves the count at 0. Both return 0.
+// too many prints a warning and leaves the count below 0, so that the
+// DebugInit that brings it back to 0 does not load again. Both return 0.
 int DebugInit();
 int DebugRelease();
 // Resets every setting, stamps the start time of the file names, reads the
@@ -44,7 +45,9 @@ int ChangeDebugFileDir(const char* dir);
 // Console line "[<time>,Tid=0x..]<message>\r\n" when the switch is on. 0.
 int DebugLogFunc(const char* fmt, ...) QV_PRINTF(1, 2);
 
-// File and UDP line, long form. -1 when both sinks are off or a send fails.
+// File and UDP line, long form, echoed to the console when the switch is on;
+// the file sink also prints "write logfile:<line>" on standard output.
+// -1 when both sinks are off or a send fails.
 int WriteDebugLog(const char* func, const char* file, int line, int reserved,
                   void* obj, const char* fmt, ...) QV_PRINTF(6, 7);
 
@@ -56,8 +59,8 @@ int DebugLogType(LOGTYPE type, const char* fmt, ...) QV_PRINTF(2, 3);
 // 0 gives "".
 const char* slogctime(long t);
 
-// What QV_LOG calls: to the file and UDP sinks (which echo to the console)
-// when either is on, else to the console alone.
+// What QV_LOG calls: the console line when the switch is on, and the long
+// form to the file and UDP sinks that are on (without echo or announcement).
 int DebugLogLine(const char* func, const char* file, int line, const char* fmt,
                  ...) QV_PRINTF(4, 5);
 

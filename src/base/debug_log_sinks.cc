@@ -38,7 +38,7 @@ bool OpenLogFile(const SYSTEMTIME& st, LineForm form) {
 
 }  // namespace
 
-int WriteFileLine(const char* line, const SYSTEMTIME& st, LineForm form) {
+int WriteFileLine(const char* line, const SYSTEMTIME& st, LineForm form, bool announce) {
   CriticalSectionGuard guard(&log_lock);
   if (file != nullptr && st.tm_mday != last_day) {
     fclose(file);
@@ -59,7 +59,7 @@ int WriteFileLine(const char* line, const SYSTEMTIME& st, LineForm form) {
   last_day = st.tm_mday;
   if (file == nullptr && !OpenLogFile(st, form)) return -1;
   fputs(line, file);
-  if (form == kLongForm) printf("write logfile:%s\n", line);
+  if (announce) printf("write logfile:%s\n", line);
   fflush(file);
   return 0;
 }

@@ -14,8 +14,9 @@ enum LineForm { kLongForm, kShortForm };
 // Appends one line to the day's log file, rotating by day of month and after
 // 20,000 lines. The long form names files in the log folder and rotates the
 // index only when a file was open; the short form writes in the current
-// directory and always moves the index on. -1 when no file could be opened.
-int WriteFileLine(const char* line, const SYSTEMTIME& st, LineForm form);
+// directory and always moves the index on. announce: also print
+// "write logfile:<line>" on standard output. -1 when no file could be opened.
+int WriteFileLine(const char* line, const SYSTEMTIME& st, LineForm form, bool announce);
 
 // Sends one line (without its terminating zero) to the monitor, creating the
 // socket on first use. -1 when no socket or a short send (the socket is then

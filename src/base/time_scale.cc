@@ -1,18 +1,10 @@
 #include "base/time_scale.h"
 
 #include <atomic>
-#include <cstdlib>
 
 namespace {
 
-double InitialScale() {
-  const char* env = getenv("QUORVEL_TIMER_SCALE");
-  if (env == nullptr) return 1.0;
-  double v = atof(env);
-  return v > 0 ? v : 1.0;
-}
-
-std::atomic<double> g_scale{InitialScale()};
+std::atomic<double> g_scale{1.0};
 
 }  // namespace
 

@@ -5,5 +5,17 @@
 
 #include <cstdio>
 
-#define CFG_PRINT(fmt, ...) \
-  printf(fmt, __FUNCTION__, static_cast<unsigned>(__LINE__), ##__VA_ARGS__)
+namespace qvconfig {
+
+// The model's messages are on unless a program that embeds the model for
+// its own ends (the camera emulator) turns them off.
+void SetConfigMessages(bool on);
+bool ConfigMessages();
+
+}  // namespace qvconfig
+
+#define CFG_PRINT(fmt, ...)                                                          \
+  do {                                                                               \
+    if (qvconfig::ConfigMessages())                                                  \
+      printf(fmt, __FUNCTION__, static_cast<unsigned>(__LINE__), ##__VA_ARGS__);    \
+  } while (0)

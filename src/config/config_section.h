@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstring>
 
+#include "config/config_print.h"
 #include "config/config_xml.h"
 #include "config/xml_fields.h"
 #include "config/xml_writer.h"
@@ -17,37 +18,21 @@ namespace qvconfig {
 // Parses `xml`, finds the first element `tag` and hands it to `read`. -1 when
 // the text does not parse (logged "[%s:%u]xml error\r\n\n" with `func`), the
 // element is absent or the record is null; else the reader's result.
-template <typename Rec>
-int ReadRecordByXml(const char* func, Rec* cfg, const char* xml,
-                    const char* tag, int (*read)(const IXML_Node*, Rec*)) {
-  if (!cfg) return -1;
-  ConfigXml doc;
-  if (!doc.Parse(xml)) {
-    printf("[%s:%u]xml error\r\n\n", func, static_cast<unsigned>(__LINE__));
-    return -1;
-  }
-  const IXML_Node* node = doc.First(tag);
-  if (!node) return -1;
-  return read(node, cfg);
-}
-
-#define READ_RECORD_BY_XML(cfg, xml, tag, read) \
-  qvconfig::ReadRecordByXml(__FUNCTION__, cfg, xml, tag, read)
-
-// The same for an element name that several sections use: when the text has
-// a `parent` element, the first child `tag` of the first such parent is
+//
+// With a `parent` (for element names that several sections use): when the
+// text has such an element, the first child `tag` of the first of them is
 // read (none: -1); otherwise the first element `tag` anywhere.
 template <typename Rec>
-int ReadChildRecordByXml(const char* func, Rec* cfg, const char* xml, const char* parent,
-                         const char* tag, int (*read)(const IXML_Node*, Rec*)) {
+int ReadRecordByXml(const char* func, Rec* cfg, const char* xml, const char* tag,
+                    int (*read)(const IXML_Node*, Rec*), const char* parent = nullptr) {
   if (!cfg) return -1;
   ConfigXml doc;
   if (!doc.Parse(xml)) {
-    printf("[%s:%u]xml error\r\n\n", func, static_cast<unsigned>(__LINE__));
+    if (ConfigMessages()) printf("[%s:%u]xml error\r\n\n", func, static_cast<unsigned>(__LINE__));
     return -1;
   }
   const IXML_Node* node = doc.First(tag);
-  if (const IXML_Node* up = doc.First(parent)) {
+  if (const IXML_Node* up = parent ? doc.First(parent) : nullptr) {
     node = FirstChildElement(up);
     while (node && !IsElement(node, tag)) node = NextSiblingElement(node);
   }
@@ -55,8 +40,10 @@ int ReadChildRecordByXml(const char* func, Rec* cfg, const char* xml, const char
   return read(node, cfg);
 }
 
+#define READ_RECORD_BY_XML(cfg, xml, tag, read) \
+  qvconfig::ReadRecordByXml(__FUNCTION__, cfg, xml, tag, read)
 #define READ_CHILD_RECORD_BY_XML(cfg, xml, parent, tag, read) \
-  qvconfig::ReadChildRecordByXml(__FUNCTION__, cfg, xml, parent, tag, read)
+  qvconfig::ReadRecordByXml(__FUNCTION__, cfg, xml, tag, read, parent)
 
 // Runs `write` into a new text that the caller frees; null for a null record
 // or when the text cannot be built.

@@ -5,14 +5,15 @@
 #include <cstring>
 #include <memory>
 #include <new>
-#include <vector>
 
 #include "config/config_file.h"
 #include "config/config_print.h"
+#include "config/alarm_sections.h"
 #include "config/config_section.h"
 #include "config/media_sections.h"
 #include "config/network_sections.h"
-#include "config/section_spans.h"
+#include "config/service_sections.h"
+#include "config/system_sections.h"
 #include "config/text_encoding.h"
 
 namespace qvconfig {
@@ -41,7 +42,7 @@ void WriteSectionAs(XmlWriter& out, const void* member) {
 struct Section {
   const char* tag;
   size_t offset;         // of the member in IPCConfig
-  SectionReader read;    // null: the member is a ConfigSectionText
+  SectionReader read;
   SectionWriter write;
 };
 
@@ -51,27 +52,24 @@ struct Section {
         ReadSectionAs<decltype(IPCConfig::member), read>,                          \
         WriteSectionAs<decltype(IPCConfig::member), write>                         \
   }
-#define KEPT_SECTION(tag, member) \
-  Section { tag, offsetof(IPCConfig, member), nullptr, nullptr }
 
 // Writing order of the document.
 const Section kSections[] = {
     TYPED_SECTION("ConfigVersion", version, ReadConfigVersion, WriteConfigVersion),
-    KEPT_SECTION("SystemConfig", system),
+    TYPED_SECTION("SystemConfig", system, ReadSystemConfig, WriteSystemConfig),
     TYPED_SECTION("NetworkConfig", network, ReadNetworkConfig, WriteNetworkConfig),
-    KEPT_SECTION("ServerConfig", server),
+    TYPED_SECTION("ServerConfig", server, ReadServerConfig, WriteServerConfig),
     TYPED_SECTION("MediaConfig", media, ReadMediaConfig, WriteMediaConfig),
     TYPED_SECTION("MediaStreamConfig", mediaStream, ReadMediaStreamConfig,
                   WriteMediaStreamConfig),
-    KEPT_SECTION("PlatformConfig", platform),
-    KEPT_SECTION("GB28181Config", gb28181),
-    KEPT_SECTION("RecordConfig", record),
-    KEPT_SECTION("AlarmConfig", alarm),
+    TYPED_SECTION("PlatformConfig", platform, ReadPlatformConfig, WritePlatformConfig),
+    TYPED_SECTION("GB28181Config", gb28181, ReadGB28181Config, WriteGB28181Config),
+    TYPED_SECTION("RecordConfig", record, ReadRecordConfig, WriteRecordConfig),
+    TYPED_SECTION("AlarmConfig", alarm, ReadAlarmConfig, WriteAlarmConfig),
 };
 const size_t kSectionCount = sizeof(kSections) / sizeof(kSections[0]);
 
 #undef TYPED_SECTION
-#undef KEPT_SECTION
 
 void* Member(IPCConfig* cfg, const Section& s) {
   return reinterpret_cast<char*>(cfg) + s.offset;
@@ -100,27 +98,9 @@ void WriteConfigVersion(XmlWriter& out, const ConfigVersion* cfg) {
   out.Append("\r\n<ConfigVersion Version=\"%s\"></ConfigVersion>\r\n", escaped);
 }
 
-// Keeps a section element as the text holds it; false when it is too long.
-bool KeepSection(const std::string& text, const std::vector<ElementSpan>& spans,
-                 const char* tag, ConfigSectionText* kept) {
-  for (const ElementSpan& span : spans) {
-    if (span.name != tag) continue;
-    size_t n = span.end - span.begin;
-    if (n >= sizeof(kept->text)) {
-      kept->overflow = 1;
-      return false;
-    }
-    memcpy(kept->text, text.data() + span.begin, n);
-    kept->text[n] = 0;
-    kept->length = static_cast<unsigned>(n);
-    return true;
-  }
-  return true;  // not located in the text: left absent
-}
-
 // Fills the cleared record from a document text. *complete is false when a
-// section could not be kept. 0, or -1 when the text does not parse or lacks
-// the root.
+// section reader failed. 0, or -1 when the text does not parse or lacks the
+// root.
 int LoadDocument(const std::string& text, IPCConfig* cfg, bool* complete) {
   *complete = true;
   ConfigXml doc;
@@ -128,27 +108,18 @@ int LoadDocument(const std::string& text, IPCConfig* cfg, bool* complete) {
     CFG_PRINT("[%s:%u]ixmlParseBuffer error\r\n\n");
     return -1;
   }
-  const char* root_name = kRoot;
   const IXML_Node* root = doc.First(kRoot);
-  if (!root) {
-    root_name = kOldRoot;
-    root = doc.First(kOldRoot);
-  }
+  if (!root) root = doc.First(kOldRoot);
   if (!root) {
     CFG_PRINT("[%s:%u]xmlDocument_getElementsByTagName(NetworkConfig) return NULL!\n\n");
     return -1;
   }
-  size_t length = strnlen(text.data(), text.size());
-  std::vector<ElementSpan> spans = ScanChildSpans(text.data(), length, root_name);
   bool seen[kSectionCount] = {};
   for (IXML_Node* c = FirstChildElement(root); c; c = NextSiblingElement(c)) {
     const Section* s = FindSection(ElementName(c));
     if (!s || seen[s - kSections]) continue;
     seen[s - kSections] = true;
-    bool read = s->read ? s->read(c, Member(cfg, *s)) == 0
-                        : KeepSection(text, spans, s->tag,
-                                      static_cast<ConfigSectionText*>(Member(cfg, *s)));
-    if (!read) *complete = false;
+    if (s->read(c, Member(cfg, *s)) != 0) *complete = false;
   }
   return 0;
 }
@@ -180,30 +151,18 @@ bool IsSkippedAfterSection(char c) {
 
 }  // namespace
 
+int LoadConfigDocument(const std::string& text, IPCConfig* cfg) {
+  if (!cfg) return -1;
+  memset(cfg, 0, sizeof(*cfg));
+  bool complete;
+  return LoadDocument(text, cfg, &complete);
+}
+
 bool BuildConfigDocument(const IPCConfig* cfg, std::string* text) {
   if (!cfg || !text) return false;
   XmlWriter out(64 * 1024);
   out.Append("%s<%s>", kProlog, kRoot);
-  for (const Section& s : kSections) {
-    if (s.write) {
-      s.write(out, Member(cfg, s));
-      continue;
-    }
-    const ConfigSectionText* kept = static_cast<const ConfigSectionText*>(Member(cfg, s));
-    if (kept->overflow) {
-      CFG_PRINT("[%s:%u]%s was too long to keep, not saved\n\n", s.tag);
-      return false;
-    }
-    size_t n = strnlen(kept->text, sizeof(kept->text) - 1);
-    if (kept->length < n) n = kept->length;
-    if (n == 0) {
-      // Every section is written: one the record lacks is empty.
-      out.Append("<%s>\r\n</%s>\r\n", s.tag, s.tag);
-      continue;
-    }
-    out.AppendBytes(kept->text, n);
-    out.Append("\r\n");
-  }
+  for (const Section& s : kSections) s.write(out, Member(cfg, s));
   out.Append("</%s>\r\n", kRoot);
   if (!out.ok()) return false;
   text->assign(out.data(), out.size());
@@ -344,7 +303,12 @@ int SetConfigVersion(ConfigVersion* cfg) {
 void ShowSize() {
 #define SHOW_SIZE(T) printf("sizeof(" #T ") = %zu\n", sizeof(T))
   SHOW_SIZE(IPCConfig);
-  SHOW_SIZE(ConfigSectionText);
+  SHOW_SIZE(SystemConfig);
+  SHOW_SIZE(ServerConfig);
+  SHOW_SIZE(PlatformConfig);
+  SHOW_SIZE(RecordConfig);
+  SHOW_SIZE(GB28181Config);
+  SHOW_SIZE(AlarmConfig);
   SHOW_SIZE(ConfigVersion);
   SHOW_SIZE(NetworkConfig);
   SHOW_SIZE(LANConfig);

@@ -23,7 +23,7 @@ int GetConfigFromXml(IPCConfig* cfg);
 int SetConfigToXML(IPCConfig* cfg);
 int SetConfigToXML_Ex(IPCConfig* cfg, const char* path);
 // Reads and parses the file into a scratch record: *valid = 1 when the root
-// was found and every section could be read and kept, else 0. -1 only when
+// was found and every section reader succeeded, else 0. -1 only when
 // the file cannot be read (or valid is null), else 0.
 int CheckUserConfigFileValidity(const char* path, int* valid);
 
@@ -43,8 +43,13 @@ void ShowString(const char* name, int size, const char* value);
 
 namespace qvconfig {
 
+// Fills the whole record (cleared first) from a document text, as the whole
+// load does from a file; 0, or -1 when the text does not parse or lacks the
+// root.
+int LoadConfigDocument(const std::string& text, IPCConfig* cfg);
+
 // The document text as a save writes it (before carriage returns become
-// blanks). False for a null record, or when a kept section overflowed.
+// blanks). False for a null record, or when the text cannot be built.
 bool BuildConfigDocument(const IPCConfig* cfg, std::string* text);
 
 // ---- section read and write (for the section modules)

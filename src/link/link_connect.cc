@@ -2,7 +2,6 @@
 // the non-blocking connect and the first login request.
 #include <arpa/inet.h>
 #include <fcntl.h>
-#include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
@@ -15,6 +14,7 @@
 
 #include "base/compat.h"
 #include "base/debug_log.h"
+#include "link/host_lookup.h"
 #include "link/ipc_link_thread.h"
 #include "link/ptz_control_class.h"
 #include "link/xml_request.h"
@@ -29,29 +29,6 @@ const unsigned long kConnectTimeoutMs = 5000;
 const int kConnectSliceMs = 300;
 const int kLinkTimeoutMs = 5000;
 
-// The address to connect to: dotted text directly, else the first IPv4
-// address of the name, else whatever inet_addr makes of the text.
-in_addr_t Resolve(const std::string& host) {
-  in_addr_t addr = inet_addr(host.c_str());
-  if (addr != INADDR_NONE) return addr;
-  struct addrinfo hints;
-  memset(&hints, 0, sizeof(hints));
-  hints.ai_family = AF_INET;
-  hints.ai_socktype = SOCK_STREAM;
-  struct addrinfo* found = nullptr;
-  if (getaddrinfo(host.c_str(), nullptr, &hints, &found) != 0 || found == nullptr) {
-    return inet_addr(host.c_str());
-  }
-  addr = reinterpret_cast<struct sockaddr_in*>(found->ai_addr)->sin_addr.s_addr;
-  freeaddrinfo(found);
-  struct in_addr shown;
-  shown.s_addr = addr;
-  char text[INET_ADDRSTRLEN] = "";
-  inet_ntop(AF_INET, &shown, text, sizeof(text));
-  QV_LOG("[%s:%d]host %s ip str=%s\n", host.c_str(), text);
-  return addr;
-}
-
 int SocketError(int sock) {
   int err = 0;
   socklen_t len = sizeof(err);
@@ -60,6 +37,13 @@ int SocketError(int sock) {
 }
 
 }  // namespace
+
+// The address to connect to: dotted text directly, else the first IPv4
+// address of the name, else whatever inet_addr makes of the text. A stop
+// ends the wait for the resolver.
+in_addr_t CPTZControlClass::ResolveHost() {
+  return ResolveHostAddress(host_, [this] { return Running(); });
+}
 
 int CPTZControlClass::OpenSocket() {
   int sock = socket(AF_INET, SOCK_STREAM, 6);
@@ -115,14 +99,17 @@ bool CPTZControlClass::Connect(int sock) {
   memset(&peer, 0, sizeof(peer));
   peer.sin_family = AF_INET;
   peer.sin_port = htons(static_cast<uint16_t>(port_));
-  peer.sin_addr.s_addr = Resolve(host_);
+  peer.sin_addr.s_addr = ResolveHost();
   int flags = fcntl(sock, F_GETFL, 0);
   fcntl(sock, F_SETFL, flags | O_NONBLOCK);
 
   const char* addr = address_text_.c_str();
   bool connected = false;
   unsigned long start = GetTickCount();
-  int ret = connect(sock, reinterpret_cast<struct sockaddr*>(&peer), sizeof(peer));
+  // A stop that ended the name look-up also ends the attempt.
+  int ret = -1;
+  errno = 0;
+  if (Running()) ret = connect(sock, reinterpret_cast<struct sockaddr*>(&peer), sizeof(peer));
   if (ret == 0) {
     connected = true;
   } else if (errno == EINPROGRESS || errno == EINTR) {

@@ -41,9 +41,16 @@ bool CPTZControlClass::Dispatch(char* message, int length) {
   if (Is(type, "AUXPTZ_HEARTBEAT_MESSAGE")) {
     last_recv_tick_ = GetTickCount();
   } else if (Is(type, "MEDIA_DATA_MESSAGE")) {
-    // Download data, upload acknowledgements and replay media belong to the
-    // file transfer and replay handlers; a camera never sends upload data.
-    if (code_value == 1) QV_LOG("[%s:%d]not allow type 1 (upload data) from ipc\n");
+    // Download data, upload acknowledgements and replay media; a camera
+    // never sends upload data. While a link-mode download runs, its frames
+    // go to the file (OnFileMediaData answers false for the others).
+    if (code_value == 1) {
+      QV_LOG("[%s:%d]not allow type 1 (upload data) from ipc\n");
+    } else {
+      OnFileMediaData(message, length);
+    }
+  } else if (Is(type, "REVERSE_AUDIO_MESSAGE")) {
+    OnTalkReply(code, flag_value, flag, message);
   } else if (Is(type, "USER_AUTH_MESSAGE")) {
     if (Is(code, "CMD_USER_AUTH")) return OnLoginReply(flag_value, message, flag);
   } else if (Is(type, "SYSTEM_ENCRYPT_MESSAGE")) {
@@ -60,9 +67,8 @@ bool CPTZControlClass::Dispatch(char* message, int length) {
   } else if (Is(type, "SYSTEM_CONFIG_SET_MESSAGE")) {
     PostAuxResponseMsg(code_value, flag_value, body ? body.get() : "");
   }
-  // REPLAY_CONTROL_MESSAGE, TIMELINE_REPLAY_CONTROL_MESSAGE (replay) and
-  // REVERSE_AUDIO_MESSAGE (voice talk) are handled by those features; any
-  // other type is ignored.
+  // REPLAY_CONTROL_MESSAGE and TIMELINE_REPLAY_CONTROL_MESSAGE (replay) are
+  // handled by that feature; any other type is ignored.
   return true;
 }
 
@@ -77,6 +83,7 @@ bool CPTZControlClass::OnLoginReply(long flag, char* message, const char* flag_t
     reconnect_pause_ = ScaledMs(kReconnectPauseMs);
     link_state_ = kLoggedIn;
     PostStatus(EVENT_LOGINOK, "%s: OK: authentication OK!", label);
+    if (talk_.requested) talk_.start_request_tick = GetTickCount();
     SystemControl(kAbilityCode, 0, "");
     if (encrypt_) ExchangeEncrypt();
     return true;

@@ -15,6 +15,8 @@
 #include "link/message_readers.h"
 #include "link/ptz_control_class.h"
 #include "link/xml_request.h"
+#include "voice/audio_thread.h"
+#include "transfer/file_transport_thread.h"
 
 namespace {
 
@@ -26,7 +28,8 @@ const unsigned long kLoginResendMs = 5000;
 const unsigned long kHeartbeatMs = 10000;
 const unsigned long kHeartbeatWatchMs = 20000;
 const unsigned long kFirstReconnectPauseMs = 10;
-const int kReceiveSliceMs = 5;
+const int kReceiveSliceMs = 5;   // the turn without a wake-up descriptor
+const int kStopCheckMs = 300;    // longest receive wait
 
 enum Origin { kFromAction = 1, kFromAux = 2, kFromPtz = 3 };
 
@@ -43,6 +46,12 @@ bool Pop(std::list<CAuxMsgBuffer>& queue, CBkMutex& lock, CAuxMsgBuffer* out) {
 
 }  // namespace
 
+namespace {
+thread_local bool t_link_thread = false;
+}  // namespace
+
+bool CPTZControlClass::OnAnyLinkThread() { return t_link_thread; }
+
 bool CPTZControlClass::Running() { return link_thread_ != nullptr && link_thread_->IsRunning(); }
 
 long CPTZControlClass::PostStatus(long code, const char* fmt, ...) {
@@ -56,6 +65,7 @@ long CPTZControlClass::PostStatus(long code, const char* fmt, ...) {
 }
 
 int CPTZControlClass::LinkThread() {
+  t_link_thread = true;
   char label[300];
   snprintf(label, sizeof(label), "ipc[%s:%d]", host_.c_str(), static_cast<int>(port_));
   log_label_ = label;
@@ -91,14 +101,15 @@ void CPTZControlClass::MainLoop(char* request, int request_size) {
     bool sent = false;
     if (link_state_ != kLoggedIn && !LoginWatch(request, request_size, &sent)) return;
     if (link_state_ >= kLoggedIn) {
-      // Talk upkeep belongs here once voice talk is part of the link.
+      TalkUpkeep();
       if (!SendOneRequest(&sent)) return;
       if (!sent && GetTickCount() - heartbeat_tick_ > ScaledMs(kHeartbeatMs) &&
           !Heartbeat(request, request_size)) {
         return;
       }
     }
-    // Talk packets and file-transfer upkeep join the turn here.
+    SendTalkPackets();
+    FileTransferUpkeep(sent);
     if (!ReceiveTurn()) return;
     long silent = static_cast<long>(heartbeat_tick_ - last_recv_tick_);
     if (silent > static_cast<long>(ScaledMs(kHeartbeatWatchMs))) {
@@ -154,16 +165,19 @@ bool CPTZControlClass::SendOneRequest(bool* sent) {
   QV_LOG("[%s:%d]%s from =%d\n\n", label, origin);
   QV_LOG("[%s:%d]%s:%d write xml\n", label, msg.length());
   *sent = true;
+  // An empty request is a bare header; a negative length cannot be
+  // followed by its payload and counts as a short send.
   int ret = framing_.send_with_header(sock_, msg.c_bytes(), msg.length(), kLinkTimeoutMs,
                                       msg.encrypted());
-  if (ret != msg.length() || msg.c_bytes() == nullptr) {
+  if (ret != msg.length() || (msg.length() > 0 && msg.c_bytes() == nullptr)) {
     // This line carries no function and line prefix.
     DebugLogLine(__FUNCTION__, __FILE__, __LINE__, "%s: send request failed, error code =%d",
                  label, kReportedErrorCode);
-    PostStatus(EVENT_SENDPTZERROR, "%s", "");
+    // Empty texts, not formatted: the last formatted text stays.
+    PostStatusMsg(EVENT_SENDPTZERROR, "");
     return false;
   }
-  PostStatus(EVENT_SENDPTZOK, "%s", "");
+  PostStatusMsg(EVENT_SENDPTZOK, "");
   return true;
 }
 
@@ -180,22 +194,57 @@ bool CPTZControlClass::Heartbeat(char* request, int request_size) {
   return true;
 }
 
+bool CPTZControlClass::RequestsQueued() {
+  const std::pair<std::list<CAuxMsgBuffer>*, CBkMutex*> queues[] = {
+      {&action_queue_, &action_lock_}, {&ptz_queue_, &ptz_lock_}, {&aux_queue_, &aux_lock_}};
+  for (const auto& q : queues) {
+    q.second->Lock();
+    bool any = !q.first->empty();
+    q.second->Unlock();
+    if (any) return true;
+  }
+  return false;
+}
+
+int CPTZControlClass::TurnWaitMs() {
+  if (wake_fd_ < 0) return kReceiveSliceMs;
+  if (RequestsQueued()) return 0;
+  // The heartbeat watch ends the link right after this receive.
+  if (static_cast<long>(heartbeat_tick_ - last_recv_tick_) >
+      static_cast<long>(ScaledMs(kHeartbeatWatchMs))) {
+    return 0;
+  }
+  // The heartbeat (logged in) or the login resend (before) is due once more
+  // than its interval has passed.
+  unsigned long due = link_state_ == kLoggedIn ? heartbeat_tick_ + ScaledMs(kHeartbeatMs)
+                                               : login_send_tick_ + ScaledMs(kLoginResendMs);
+  long left = static_cast<long>(due + 1 - GetTickCount());
+  if (left <= 0) return 0;
+  return left < kStopCheckMs ? static_cast<int>(left) : kStopCheckMs;
+}
+
 bool CPTZControlClass::ReceiveTurn() {
-  struct pollfd pfd;
-  pfd.fd = sock_;
-  pfd.events = POLLIN | POLLPRI;
-  pfd.revents = 0;
-  int n = poll(&pfd, 1, kReceiveSliceMs);
+  // The socket and the wake-up descriptor: queued work, a stop or the
+  // camera's data end the wait.
+  struct pollfd pfd[2];
+  pfd[0].fd = sock_;
+  pfd[0].events = POLLIN | POLLPRI;
+  pfd[0].revents = 0;
+  pfd[1].fd = wake_fd_;
+  pfd[1].events = POLLIN;
+  pfd[1].revents = 0;
+  int n = poll(pfd, wake_fd_ >= 0 ? 2 : 1, TurnWaitMs());
   if (n < 0) {
     if (errno == EINTR) return true;
     PostStatus(EVENT_SOCKETERROR, "%s: select failed, error code=%d", log_label_.c_str(),
                kReportedErrorCode);
     return false;
   }
-  if (n == 0) return true;
-  // A closed or reset peer reads as readable (the receive then fails); only
-  // urgent data alone counts as an exception.
-  if ((pfd.revents & (POLLIN | POLLERR | POLLHUP)) == 0) {
+  if (wake_fd_ >= 0 && (pfd[1].revents & POLLIN) != 0) DrainWake();
+  if (pfd[0].revents == 0) return true;
+  // Urgent data is the exception; a closed or reset peer reads as readable
+  // (the receive then fails).
+  if ((pfd[0].revents & POLLPRI) != 0 || (pfd[0].revents & (POLLIN | POLLERR | POLLHUP)) == 0) {
     PostStatus(EVENT_SOCKETERROR, "%s send auth request failed, error code =%d",
                log_label_.c_str(), kReportedErrorCode);
     return false;
@@ -238,8 +287,8 @@ bool CPTZControlClass::EndRound() {
 }
 
 void CPTZControlClass::ThreadExit() {
-  // Talk and file transfer threads are stopped here once the link has them.
   if (file_send_thread_ != nullptr) file_send_thread_->Kill(-1);
+  TalkAtThreadExit();
   if (audio_send_thread_ != nullptr) audio_send_thread_->Kill(-1);
   CloseSocket();
   link_state_ = kNotConnected;

@@ -13,14 +13,14 @@ typedef struct LIVE_STREAM_PARAM {
   int video_port;
   int audio_port;
   int use_tcp;                 // non-zero: stream over TCP
-  char video_encoder[256];
+  char video_encoder[257];     // up to 256 characters, terminated
   int width;
   int height;
   int frame_rate;
   int bit_rate;
   unsigned char config[256];   // decoded from the hexadecimal Config text
   int config_length;
-  char audio_encoder[256];
+  char audio_encoder[257];     // up to 256 characters, terminated
   int sample_rate;
   int sample_width;
   int channels;

@@ -7,18 +7,27 @@
 // link thread posts to the owner (the session registry).
 #pragma once
 
+#include <netinet/in.h>
+
 #include <atomic>
+#include <condition_variable>
 #include <list>
+#include <mutex>
 #include <string>
 
 #include "base/bk_mutex.h"
 #include "link/aux_msg_buffer.h"
 #include "link/packet_framing.h"
 #include "quorvel/quorvel.h"
+#include "voice/talk_audio_list.h"
+#include "voice/talk_state.h"
+#include "transfer/file_transfer_record.h"
 
 class CPTZObjectList;
+class CAudioThread;
 class CIpcLinkThread;
 class CThreadClass;
+class CFileTransportThread;
 
 class CPTZControlClass {
  public:
@@ -42,11 +51,26 @@ class CPTZControlClass {
   // the start failure.
   int StartThread();
   // Starts the link thread again. -8999996 without a link thread, -8999990
-  // when it cannot start or when asked from the link thread itself.
+  // when it cannot start or when asked from the link thread itself,
+  // -9000002 when the session was logged out meanwhile. Waits for the old
+  // thread: call it pinned and without the registry lock, so that the
+  // thread's last callbacks may still use the registry.
   int Reconnect();
+  // Pinned, the session is not deleted (Shutdown waits) even while the
+  // registry lock is not held. Pin under the registry lock.
+  void Pin();
+  void Unpin();
+  // Teardown by the registry: MarkRetired when the session leaves the table
+  // (a restart in progress then starts nothing), Shutdown to stop and wait
+  // for every thread and for every pin, before deletion.
+  void MarkRetired() { retired_ = true; }
+  void Shutdown();
   int SetAutoReconnect(int on);  // 0
   int GetReplayAblity() const { return replay_ability_; }  // -1 unknown, 0 no, 1 yes
   int LinkStateValue() const { return link_state_; }
+  // 1 from StartAudio until StopAudio or the end of the link thread: voice
+  // talk is wanted (file transfers are refused meanwhile).
+  int TalkRequested() const { return talk_.requested; }
 
   void SetUserID(long id) { user_id_ = id; }
   long UserID() const { return user_id_; }
@@ -58,11 +82,16 @@ class CPTZControlClass {
   const std::string& Password() const { return password_; }
   std::string SessionID() const;
   std::string AbilityList() const;
-  // True on the session's own link thread (inside its callbacks).
+  // True on the session's own link thread or file send thread (inside its
+  // callbacks).
   bool OnLinkThread() const;
+  // True on the link thread of any session.
+  static bool OnAnyLinkThread();
   // Ends the link thread's current receive wait, so that work queued for it
   // (a request, talk packets, upload data) goes out on its next turn at once.
-  void WakeLinkThread() {}
+  // Any thread may call it; the session's own queueing operations do. A step
+  // of the turn that leaves work for the next turn calls it as well.
+  void WakeLinkThread();
 
   void AuxMsgLock() { aux_lock_.Lock(); }
   void AuxMsgUnLock() { aux_lock_.Unlock(); }
@@ -122,6 +151,49 @@ class CPTZControlClass {
   int GetLastPTZResponse(std::string& out);
   int GetLastAUXResponse(std::string& out);
 
+  // ---- voice talk --------------------------------------------------------
+  // Asks the camera to take talk (G.711 for audio types below 3, else PCM
+  // with the rate and channels) and marks talk requested. 0; -8999986 when
+  // talk is already requested; -8999997 / -8999996 before login.
+  int StartAudio(int audio_type, int sample_rate, int channels);
+  // Asks the camera to stop, stops the audio send thread and clears the
+  // talk values. 0; -8999998 when talk is not requested.
+  int StopAudio();
+  // One frame of host audio for the audio send thread. length; -1 while
+  // that thread does not run (before the camera accepted talk).
+  long AudioFrameData(const char* data, long length);
+  TalkAudioList& TalkAudio() { return talk_audio_; }
+  void SetAudioSendTick(unsigned long tick) { talk_.last_send_tick = tick; }
+
+  // ---- file transfers: one at a time, the data over the data channel or
+  // inside the control link, as the camera's reply says ----------------------
+  // Uploads local_file, announced with file_type (1 firmware, 0 configuration).
+  // 0; -8999982 no name or not readable; -8999988 / -8999987 while an upload /
+  // a download runs.
+  int UploadFile(long file_type, const char* local_file);
+  // Downloads remote_file into local_file. 0; -8999992 a null name; -8999997,
+  // -8999996 before login; -8999987 / -8999988 while a download / an upload
+  // runs; -8999986 while talk is requested.
+  int DownloadFile(long file_type, const char* remote_file, const char* local_file);
+  // Percent moved of the running transfer in that direction (1 upload, 0
+  // download): 101 when no transfer runs, -8999984 for the other direction.
+  long GetDownloadPos(long direction);
+  // Percent moved; -1 no name, -2 not connected, -3 not logged in.
+  int GetUploadFileProgress(const char* name);
+  int GetDownloadFileProgress(const char*) { return 0; }
+  int DownloadFileStop(const char*) { return 0; }
+  int RemoveFile(const char*) { return 0; }
+  // Stops the file send thread of a running transfer. 0.
+  int UploadFileStop();
+  // Ends the running transfer, either direction (the argument is unused).
+  // 0, or -8999985 when none runs.
+  int StopDownload(int direction);
+  // Ends a link-mode transfer with code (0 success) and posts its status
+  // (14 / 15 upload, 16 / 17 download). 0.
+  int OnFileTransportStatus(int code, const char* text);
+  // Tests mark talk as asked for (no downloads meanwhile).
+  void SetTalkRequested(bool on) { talk_.requested = on ? 1 : 0; }
+
   // ---- events (link thread) -------------------------------------------------
   long PostStatusMsg(long code, const char* text);
   long PostPTZResponseMsg(long code, long flag, const char* body);
@@ -140,6 +212,7 @@ class CPTZControlClass {
   // Connection phase: socket, options, connect, first login request.
   RoundResult ConnectPhase(char* request, int request_size);
   int OpenSocket();
+  in_addr_t ResolveHost();
   bool Connect(int sock);
   bool SendLogin(char* request, int request_size, bool first);
   // Main loop of one connected round; returns when the round ends.
@@ -149,6 +222,12 @@ class CPTZControlClass {
   bool PopRequest(CAuxMsgBuffer* out, int* origin);
   bool Heartbeat(char* request, int request_size);
   bool ReceiveTurn();
+  // How long this turn's receive may wait: 0 with work pending or a timer
+  // due, else until the loop's next deadline (heartbeat or login resend),
+  // at most 300 ms so that a stop is always seen in time.
+  int TurnWaitMs();
+  bool RequestsQueued();
+  void DrainWake();
   // Ends a round; false when the outer loop must end.
   bool EndRound();
   void ThreadExit();
@@ -165,13 +244,46 @@ class CPTZControlClass {
   void OnSystemReply(long code, long flag, const char* body);
   void UpdateAbility(const char* body);
 
+  // Voice talk on the link thread: the camera's talk replies, the upkeep
+  // (repeated start, 8 s silence), the packets of one turn, the thread's end.
+  void OnTalkReply(const char* code, long flag, const char* flag_text, char* message);
+  void OnTalkStartReply(long flag, char* message);
+  void TalkUpkeep();
+  void SendTalkPackets();
+  void TalkAtThreadExit();
+  // The talk start and stop request messages.
+  std::string TalkStartRequest();
+  std::string TalkStopRequest(const char* body_format);
+  int QueueAction(const std::string& message);
+  bool AudioThreadRunning();
+
   // Formats a status text (kept as the last status text) and posts it.
   long PostStatus(long code, const char* fmt, ...) __attribute__((format(printf, 3, 4)));
   int CheckLoggedIn();
   int CopyResponse(const std::string& response, std::string& out);
   int Queue(std::list<CAuxMsgBuffer>& queue, CBkMutex& lock, const CAuxMsgBuffer& msg);
-  // Hands a ready snapshot to the file channel. Its start result.
+  // Fetches a ready snapshot. The download's start result.
   int StartSnapshotDownload(const char* remote, const char* local);
+  // Waits, within the snapshot's wait from start, for its download to end.
+  void WaitSnapshotStored(unsigned long start, unsigned long wait_ms);
+
+  // File transfers (link thread): the camera's reply to an upload (1022) or
+  // download (1023) request; re-announcement, stall rule and link-mode
+  // upload data of one turn (sent: something else went out this turn); the
+  // data of a link-mode download (false when no such download runs).
+  long OnTransferReply(long code, long flag, const char* body);
+  void FileTransferUpkeep(bool sent);
+  void SendUploadPacket();
+  bool OnFileMediaData(char* message, int length);
+  // Creates the file send thread object when there is none (transfer lock held).
+  void EnsureFileThread();
+  // Moved bytes of the file send thread's transfer, and its end.
+  void SetTransferProgress(unsigned generation, uint32_t position, uint32_t total);
+  void EndChannelTransfer(unsigned generation);
+  // The link thread's lock of a link-mode transfer's open file.
+  void LockTransferFile();
+  void UnlockTransferFile();
+  friend class CFileTransportThread;
 
   CPTZObjectList* owner_;
   std::string host_;
@@ -185,9 +297,18 @@ class CPTZControlClass {
   int encrypt_ = 0;
   std::string key_;
 
-  CThreadClass* audio_send_thread_ = nullptr;  // voice talk sender
-  CThreadClass* file_send_thread_ = nullptr;   // file transport channel
+  // Restarts (Reconnect) and the final Shutdown one at a time; pins.
+  std::mutex restart_mu_;
+  std::atomic<bool> retired_{false};
+  std::mutex pin_mu_;
+  std::condition_variable pin_cv_;
+  int pins_ = 0;
+
+  CAudioThread* audio_send_thread_ = nullptr;  // voice talk sender
+  CFileTransportThread* file_send_thread_ = nullptr;  // file transport channel
   CIpcLinkThread* link_thread_ = nullptr;
+
+  int wake_fd_ = -1;  // eventfd watched beside the socket
 
   std::list<CAuxMsgBuffer> ptz_queue_;
   std::list<CAuxMsgBuffer> aux_queue_;
@@ -221,6 +342,18 @@ class CPTZControlClass {
   char* snap_buffer_ = nullptr;
   int snap_buffer_size_ = 0;
   int snap_pending_ = 0;
+
+  // Voice talk; the lock guards the talk values and the audio send
+  // thread's start and stop.
+  TalkState talk_;
+  CBkMutex talk_lock_;
+  TalkAudioList talk_audio_;
+
+  // The file transfer record; the open file of a link-mode transfer is also
+  // guarded by the link thread's lock "download_file_handle" (taken first).
+  FileTransferRecord transfer_;
+  CBkMutex transfer_lock_;
+  char* upload_packet_ = nullptr;  // link-mode upload frames, allocated on first use
 
   std::string last_ptz_response_;
   std::string last_aux_response_;

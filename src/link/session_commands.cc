@@ -13,6 +13,8 @@
 namespace {
 
 const int kPtzBufferSize = 20480;
+// Room for one aux request: longer requests are cut to 51,199 characters.
+const int kAuxBufferSize = 51200;
 const int kStopRepeats = 6;
 const int kStopGapMs = 50;
 
@@ -52,7 +54,8 @@ int CPTZControlClass::CheckLoggedIn() {
 
 int CPTZControlClass::Queue(std::list<CAuxMsgBuffer>& queue, CBkMutex& lock,
                             const CAuxMsgBuffer& msg) {
-  if (msg.c_bytes() == nullptr) return QV_E_NO_MEMORY;
+  // An empty request goes out as a bare frame header; a failed copy does not.
+  if (msg.c_bytes() == nullptr && msg.length() > 0) return QV_E_NO_MEMORY;
   int ret = 0;
   lock.Lock();
   try {
@@ -61,6 +64,7 @@ int CPTZControlClass::Queue(std::list<CAuxMsgBuffer>& queue, CBkMutex& lock,
     ret = QV_E_NO_MEMORY;
   }
   lock.Unlock();
+  if (ret == 0) WakeLinkThread();
   return ret;
 }
 
@@ -101,16 +105,13 @@ int CPTZControlClass::WriteAUXStringEx(const char* type, long code, long flag, c
     QV_LOG("[%s:%d]undefined message type: %s\n", type);
     return QV_E_MSG_TYPE;
   }
-  char flag_text[32];
+  char code_text[32], flag_text[32];
+  snprintf(code_text, sizeof(code_text), "%ld", code);
   snprintf(flag_text, sizeof(flag_text), "%ld", flag);
-  std::string request;
-  try {
-    MakeXMLRequest(request, type, code, flag_text, body);
-  } catch (const std::bad_alloc&) {
-    return QV_E_NO_MEMORY;
-  }
-  if (request.size() > static_cast<size_t>(CPacketFraming::kMaxPayload)) return QV_E_INVALID_ARG;
-  if ((ret = Queue(aux_queue_, aux_lock_, CAuxMsgBuffer(request, 0))) != 0) return ret;
+  std::unique_ptr<char[]> buffer(new (std::nothrow) char[kAuxBufferSize]);
+  if (!buffer) return QV_E_NO_MEMORY;
+  int len = MakeXMLRequest(buffer.get(), kAuxBufferSize, type, code_text, flag_text, body);
+  if ((ret = Queue(aux_queue_, aux_lock_, CAuxMsgBuffer(buffer.get(), len, 0))) != 0) return ret;
   QV_LOG("[%s:%d]add this action to list ok!\n");
   return 0;
 }
@@ -118,9 +119,9 @@ int CPTZControlClass::WriteAUXStringEx(const char* type, long code, long flag, c
 int CPTZControlClass::WriteAUXStringEx1(const char* data, int length) {
   int ret = CheckLoggedIn();
   if (ret != 0) return ret;
-  if (data == nullptr || length < 1 || length > CPacketFraming::kMaxPayload) {
-    return QV_E_INVALID_ARG;
-  }
+  // Queued as given: a length of 0 sends a bare header, a negative one a
+  // header the link cannot follow with its payload (the link then drops).
+  if (data == nullptr && length > 0) return QV_E_INVALID_ARG;
   return Queue(aux_queue_, aux_lock_, CAuxMsgBuffer(data, length, 0));
 }
 

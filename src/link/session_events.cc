@@ -13,9 +13,26 @@
 
 namespace {
 
+const long kRemoveReplyCode = 1024;
 const long kUserDataCode = 1034;
+const long kUploadReplyCode = 1022;
+const long kDownloadReplyCode = 1023;
+const long kSnapFileType = 1;
 const int kSnapReadyAlarm = 23;
 const size_t kRemoteNameMax = 255;
+
+// Pairs of hexadecimal digits, each read as "%02x" reads it: the digits up
+// to the first other character ("4g" is 0x04), 0 when there is none. An odd
+// trailing digit is left out. The number of bytes written.
+size_t DecodeUserData(const char* hex, unsigned char* out, size_t cap) {
+  size_t n = 0;
+  for (size_t i = 0; n < cap && hex[i] != '\0' && hex[i + 1] != '\0'; i += 2) {
+    unsigned value = 0;
+    if (sscanf(hex + i, "%02x", &value) != 1) value = 0;
+    out[n++] = static_cast<unsigned char>(value);
+  }
+  return n;
+}
 
 }  // namespace
 
@@ -33,6 +50,15 @@ long CPTZControlClass::PostPTZResponseMsg(long code, long flag, const char* body
 }
 
 long CPTZControlClass::PostAuxResponseMsg(long code, long flag, const char* body) {
+  if (code == kRemoveReplyCode) {
+    // Reported as a status event with the session's last formatted text.
+    std::string text = status_text_;
+    PostStatusMsg(flag == 0 ? EVENT_REMOVEOK : EVENT_REMOVEFAILED, text.c_str());
+    return 0;
+  }
+  if (code == kUploadReplyCode || code == kDownloadReplyCode) {
+    return OnTransferReply(code, flag, body);
+  }
   if (code == kUserDataCode) {
     // The camera's user data, as pairs of hexadecimal digits. The length is
     // written last: GetUserData waits for it.
@@ -45,7 +71,7 @@ long CPTZControlClass::PostAuxResponseMsg(long code, long flag, const char* body
       size_t room = strlen(hex) / 2;
       data = static_cast<char*>(malloc(room + 1));
       if (data != nullptr) {
-        len = static_cast<int>(DecodeHex(hex, reinterpret_cast<unsigned char*>(data), room));
+        len = static_cast<int>(DecodeUserData(hex, reinterpret_cast<unsigned char*>(data), room));
         data[len] = '\0';
       }
     }
@@ -80,9 +106,6 @@ long CPTZControlClass::PostAlarmMsg(ALARM_ENTRY* entry) {
   return owner_->PostAlarmMsg(this, entry);
 }
 
-// The picture travels over the file transport channel, which this build
-// does not have: a ready snapshot ends the wait with "not supported".
-int CPTZControlClass::StartSnapshotDownload(const char* remote, const char*) {
-  QV_LOG("[%s:%d]%s: no file channel to fetch %s\n", log_label_.c_str(), remote);
-  return QV_E_UNSUPPORTED;
+int CPTZControlClass::StartSnapshotDownload(const char* remote, const char* local) {
+  return DownloadFile(kSnapFileType, remote, local);
 }

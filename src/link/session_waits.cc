@@ -61,6 +61,7 @@ int CPTZControlClass::SnapPic(int stream, int quality, const char* local_file, i
   while (snap_result_ == 0 && GetTickCount() - start < static_cast<unsigned long>(wait_ms)) {
     SleepMs(1);
   }
+  if (snap_result_ > 0) WaitSnapshotStored(start, static_cast<unsigned long>(wait_ms));
   state_lock_.Lock();
   snap_local_file_.clear();
   state_lock_.Unlock();

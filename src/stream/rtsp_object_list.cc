@@ -280,6 +280,7 @@ int CRTSPObjectList::SetMessageHWND(int, long) { return 0; }
 
 int CRTSPObjectList::Thread() {
   QV_LOG("[%s:%d]CRTSPObjectList::CheckRtspConnect enter main loop....");
+  watching_ = true;
   while (IsRunning()) {
     SleepThread(static_cast<int>(ScaledMs(kWatchPeriodMs)), 100);
     if (!IsRunning()) break;

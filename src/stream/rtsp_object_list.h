@@ -99,6 +99,8 @@ class CRTSPObjectList : public CThreadClass {
   int Thread() override;
   // How many streams the watchdog has stopped so far.
   int SilentStreamsStopped() const { return silent_stopped_; }
+  // True once the watchdog has entered its loop (and logged so).
+  bool Watching() const { return watching_; }
 
  private:
   // Stops a pull and destroys it; from the pull's own thread (a callback
@@ -117,6 +119,7 @@ class CRTSPObjectList : public CThreadClass {
   std::atomic<int> last_error_{0};
   std::atomic<int> auto_reconnect_default_{1};
   std::atomic<int> silent_stopped_{0};
+  std::atomic<bool> watching_{false};
 };
 
 extern CRTSPObjectList OjbectRtspList;

@@ -1,10 +1,12 @@
 #!/bin/sh
 # Fails when libquorvel.so exports a name outside IP_NET_DVR_, or when the
-# public headers and the export list disagree.
-# Usage: check_exports.sh <libquorvel.so> <include dir>
+# public headers and the export list disagree, or when a name of the given
+# lists (one name a line, # starts a comment) is not exported.
+# Usage: check_exports.sh <libquorvel.so> <include dir> [name list ...]
 set -eu
 lib=$1
 include=$2
+shift 2
 
 exported=$(nm -D --defined-only "$lib" | awk 'NF == 3 { print $3 }' | sort -u)
 if [ -z "$exported" ]; then
@@ -23,6 +25,15 @@ declared=$(grep -h 'QV_API' "$include"/quorvel/*.h | grep -o 'IP_NET_DVR_[A-Za-z
 missing=$(printf '%s\n' "$declared" | grep -vxF "$exported" || true)
 undeclared=$(printf '%s\n' "$exported" | grep -vxF "$declared" || true)
 status=0
+for list in "$@"; do
+  required=$(sed 's/#.*//' "$list" | tr -d ' \t' | grep -v '^$' | sort -u)
+  absent=$(printf '%s\n' "$required" | grep -vxF "$exported" || true)
+  if [ -n "$absent" ]; then
+    echo "required by $(basename "$list") but not exported:"
+    printf '%s\n' "$absent"
+    status=1
+  fi
+done
 if [ -n "$missing" ]; then
   echo "declared in the public headers but not exported:"
   printf '%s\n' "$missing"

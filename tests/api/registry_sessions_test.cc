@@ -4,6 +4,11 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -11,6 +16,8 @@
 #include "api/ptz_object_list.h"
 #include "base/compat.h"
 #include "link/camera_fixture.h"
+#include "link/host_lookup.h"
+#include "support/scratch.h"
 
 namespace qvtest {
 namespace {
@@ -26,8 +33,10 @@ TEST_F(RegistrySessions, IdsAreTheLowestFreeSlotAndAreReused) {
   EXPECT_EQ(IP_NET_DVR_Logout(2), 0);
   EXPECT_EQ(IP_NET_DVR_Logout(2), QV_E_UNKNOWN_USER);
   EXPECT_EQ(Login(), 2);
-  ASSERT_TRUE(events_.WaitStatus(3, EVENT_LOGINOK, kWaitMs));
-  EXPECT_GE(camera_->Connections(), 3);
+  // Three sessions of the same camera, each with a link of its own.
+  EXPECT_TRUE(camera_->WaitForFrames(
+      [&](const std::vector<qvemu::ReceivedFrame>&) { return camera_->OpenLinks() >= 3; },
+      kWaitMs));
 }
 
 TEST_F(RegistrySessions, PortsOneTo65534AndAnAddressAreNeeded) {
@@ -89,17 +98,129 @@ TEST_F(RegistrySessions, LogoutWhileConnectingReturnsPromptly) {
   close(listener);
 }
 
+// A logout from a callback of the same session: the ID is gone at once,
+// but not handed out again before the old session has posted its last
+// event, and clean-up waits for that session to end.
 TEST_F(RegistrySessions, LogoutFromTheSessionsOwnCallback) {
   std::atomic<long> result{1};
+  std::atomic<long> next_id{0};
   events_.SetStatusHook([&](long id, long code) {
-    if (code == EVENT_LOGINOK) result = IP_NET_DVR_Logout(id);
+    if (code != EVENT_LOGINOK || id != 1) return;
+    result = IP_NET_DVR_Logout(id);
+    next_id = Login();  // the old session is still running
   });
   long id = Login();
   ASSERT_TRUE(events_.WaitStatus(id, EVENT_LOGOUT_FINISH, kWaitMs));
   EXPECT_EQ(result, 0);
+  EXPECT_EQ(next_id, 2);
+  EXPECT_EQ(events_.Count(2, EVENT_LOGOUT_FINISH), 0);
   EXPECT_EQ(IP_NET_DVR_RebootDVR(id), QV_E_UNKNOWN_USER);
   events_.SetStatusHook(nullptr);
+  ASSERT_TRUE(testsupport::WaitFor([] { return ObjectPtzList.PendingLogouts() == 0; }));
   EXPECT_EQ(Login(), id);  // the slot is free again
+}
+
+TEST_F(RegistrySessions, CleanupWaitsForALogoutFinishingAfterACallback) {
+  std::mutex mu;
+  std::condition_variable cv;
+  bool cleaned_up = false;
+  std::atomic<bool> logged_out{false}, callback_done{false};
+  events_.SetStatusHook([&](long id, long code) {
+    if (code != EVENT_LOGINOK) return;
+    IP_NET_DVR_Logout(id);
+    logged_out = true;
+    // The session's thread stays in this callback a while (until clean-up
+    // returned, at most 300 ms).
+    std::unique_lock<std::mutex> lock(mu);
+    cv.wait_for(lock, std::chrono::milliseconds(300), [&] { return cleaned_up; });
+    callback_done = true;
+  });
+  Login();
+  ASSERT_TRUE(testsupport::WaitFor([&] { return logged_out.load(); }));
+  EXPECT_EQ(IP_NET_DVR_Cleanup(), 0);
+  EXPECT_TRUE(callback_done);  // the session ended before clean-up returned
+  EXPECT_EQ(ObjectPtzList.PendingLogouts(), 0);
+  {
+    std::lock_guard<std::mutex> lock(mu);
+    cleaned_up = true;
+  }
+  cv.notify_all();
+  events_.SetStatusHook(nullptr);
+  IP_NET_DVR_Init();
+}
+
+// IP_NET_DVR_Reconnect waits for the old link thread, whose last event
+// reaches a host callback that calls into the library.
+TEST_F(RegistrySessions, ReconnectWhileTheOldThreadsCallbackUsesTheLibrary) {
+  long id = LoginReady();
+  std::atomic<long> from_callback{1};
+  events_.SetStatusHook([&](long sid, long code) {
+    if (code == EVENT_LOGOUT_FINISH) from_callback = IP_NET_DVR_CreateIFrame(sid, 0);
+  });
+  std::atomic<bool> returned{false};
+  std::atomic<long> result{1};
+  std::thread host([&] {
+    result = IP_NET_DVR_Reconnect(id);
+    returned = true;
+  });
+  if (!testsupport::WaitFor([&] { return returned.load(); }, kWaitMs)) {
+    ADD_FAILURE() << "IP_NET_DVR_Reconnect did not return";
+    fflush(nullptr);
+    _exit(1);  // both threads wait for each other: nothing else can end
+  }
+  host.join();
+  EXPECT_EQ(result, 0);
+  EXPECT_EQ(from_callback, QV_E_NOT_CONNECTED);
+  EXPECT_TRUE(events_.WaitStatus(id, EVENT_LOGINOK, kWaitMs, 2));
+  events_.SetStatusHook(nullptr);
+}
+
+// A resolver that does not answer until the test lets it; names under
+// ".test" resolve to the loopback address.
+std::mutex g_resolver_mu;
+std::condition_variable g_resolver_cv;
+bool g_resolver_open = false;
+int g_resolver_waiting = 0;
+
+bool StandInLookup(const char* name, in_addr_t* addr) {
+  std::string host(name);
+  if (host.size() > 5 && host.compare(host.size() - 5, 5, ".test") == 0) {
+    *addr = htonl(INADDR_LOOPBACK);
+    return true;
+  }
+  std::unique_lock<std::mutex> lock(g_resolver_mu);
+  ++g_resolver_waiting;
+  g_resolver_cv.notify_all();
+  g_resolver_cv.wait_for(lock, std::chrono::seconds(30), [] { return g_resolver_open; });
+  --g_resolver_waiting;
+  g_resolver_cv.notify_all();
+  return false;
+}
+
+TEST_F(RegistrySessions, HostNamesAreResolvedAndLogoutDoesNotWaitForTheResolver) {
+  SetHostLookup(StandInLookup);
+  long id = IP_NET_DVR_Login("camera.test", camera_->Port(), const_cast<char*>("admin"),
+                             const_cast<char*>("admin"), nullptr);
+  EXPECT_TRUE(events_.WaitStatus(id, EVENT_LOGINOK, kWaitMs));
+
+  long hung = IP_NET_DVR_Login("camera.unanswered", camera_->Port(), const_cast<char*>("admin"),
+                               const_cast<char*>("admin"), nullptr);
+  {
+    std::unique_lock<std::mutex> lock(g_resolver_mu);
+    ASSERT_TRUE(g_resolver_cv.wait_for(lock, std::chrono::milliseconds(kWaitMs),
+                                       [] { return g_resolver_waiting > 0; }));
+  }
+  EXPECT_EQ(IP_NET_DVR_Logout(hung), 0);
+  {
+    std::unique_lock<std::mutex> lock(g_resolver_mu);
+    EXPECT_EQ(g_resolver_waiting, 1);  // logout did not wait for the resolver
+    g_resolver_open = true;
+    g_resolver_cv.notify_all();
+    g_resolver_cv.wait_for(lock, std::chrono::milliseconds(kWaitMs),
+                           [] { return g_resolver_waiting == 0; });
+  }
+  EXPECT_EQ(events_.Count(hung, EVENT_CONNECTOK), 0);
+  SetHostLookup(nullptr);
 }
 
 TEST_F(RegistrySessions, CleanupReleasesLiveSessions) {

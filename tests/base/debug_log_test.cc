@@ -82,6 +82,28 @@ TEST_F(DebugLogTest, SetLogToFileOnlyTurnsSinksOnAndModeZeroTurnsThemOff) {
 
 // ---------------------------------------------------------------- file sink
 
+// The library's own lines reach the sinks in the long form; the console
+// shows them in its own form, and only while it is switched on.
+TEST_F(DebugLogTest, LibraryLinesGoToTheFileAndToTheConsoleOnlyWhenItIsOn) {
+  Init();
+  SetLogToFile(1, const_cast<char*>(logs_.path().c_str()), 0);
+  testing::internal::CaptureStdout();
+  int line = __LINE__ + 1;
+  QV_LOG("[%s:%d]library %d\n", 1);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  std::string file = FileName(logs_.path(), "20240015", 0);
+  EXPECT_EQ(ReadFile(file), "Quorvel:00-15 10:20:30,this=0x(nil),Tid=0x" + Tid() + ",[TestBody:" +
+                                std::to_string(line) + "]library 1\n\r\n");
+
+  DebugLogSwitch(1);
+  testing::internal::CaptureStdout();
+  QV_LOG("[%s:%d]shown\n");
+  std::string out = testing::internal::GetCapturedStdout();
+  std::regex form(R"(\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d,Tid=0x[0-9A-F]+\]\[TestBody:\d+\]shown\n\r\n)");
+  EXPECT_TRUE(std::regex_match(out, form)) << out;
+  EXPECT_EQ(CountLines(ReadFile(file)), 2);
+}
+
 TEST_F(DebugLogTest, LongFormLineGoesToTheDaysFileInTheLogFolder) {
   Init();
   SetLogToFile(1, const_cast<char*>(logs_.path().c_str()), 0);
@@ -241,7 +263,17 @@ TEST_F(DebugLogTest, InitTwiceThenReleaseThriceWarnsInGb2312) {
       "\xb5\xf7\xd3\xc3" "DebugRelease" "\xb1\xc8\xb5\xf7\xd3\xc3" "DebugInit" "\xb6\xe0!\r\n";
   ASSERT_GE(out.size(), warning.size());
   EXPECT_EQ(out.substr(out.size() - warning.size()), warning);
+  EXPECT_EQ(DebugGetState().init_count, -1);
+
+  // The start that brings the count back to 0 only counts: the
+  // configuration is not read again.
+  testsupport::WriteFile("player_dbg.cfg", "file=1;");
+  EXPECT_NE(CapturedStdout([] { DebugInit(); }).find("]DebugInit() count=0!\n\r\n"),
+            std::string::npos);
   EXPECT_EQ(DebugGetState().init_count, 0);
+  EXPECT_EQ(DebugGetState().to_file, 0);
+  CapturedStdout([] { DebugInit(); });  // the next one loads
+  EXPECT_EQ(DebugGetState().to_file, 1);
 }
 
 TEST(DebugLogTime, SlogctimeFormatsLocalTimeWithMonthFromOne) {

@@ -127,7 +127,7 @@ TEST(ProgramTest, FaultOptionsAndAConfigurationFile) {
   RawClient c;
   ASSERT_TRUE(c.Connect(port));
   ASSERT_TRUE(c.Login());
-  EXPECT_NE(c.Request("SYSTEM_CONFIG_GET_MESSAGE", "312").find("<UPNPConfig Enable=\"0\" />"),
+  EXPECT_NE(c.Request("SYSTEM_CONFIG_GET_MESSAGE", "312").find("<UPNPConfig\r\nEnable=\"0\"\r\n/>"),
             std::string::npos);
   EXPECT_EQ(c.Request("AUXPTZ_HEARTBEAT_MESSAGE", "CMD_HEARTBEAT", "", 300), "");
   std::string out;

@@ -202,12 +202,14 @@ TEST(LiveStreamParam, ReadsTransportVideoAndAudio) {
   EXPECT_EQ(p.config[1], 0x0b);
   EXPECT_STREQ(p.audio_encoder, "G711");
   EXPECT_EQ(p.channels, 1);
-  // Config beyond the record is cut.
+  // Config beyond the record is cut; an encoder name keeps 256 characters.
   ASSERT_EQ(GetLiveStreamParam(Text(Message("<TRANS_PARAM/><VIDEO_PARAM Config=\"" +
-                                            std::string(2000, 'f') + "\"/>")),
+                                            std::string(2000, 'f') + "\" Encoder=\"" +
+                                            std::string(300, 'e') + "\"/>")),
                                &p),
             0);
   EXPECT_EQ(p.config_length, 256);
+  EXPECT_EQ(std::string(p.video_encoder), std::string(256, 'e'));
 }
 
 TEST(LiveStreamParam, RefusesIncompleteDescriptions) {

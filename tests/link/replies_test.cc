@@ -1,6 +1,7 @@
 // What comes back from the camera and how it reaches the host: AUX response
 // codes, PTZ replies, alarms, user data, snapshots, and a link that survives
 // garbage ahead of a frame.
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <thread>
@@ -36,6 +37,25 @@ TEST_F(RepliesTest, AuxCodeTakesLow24BitsOfTheCodeAndHigh8OfTheFlag) {
   EXPECT_THAT(reply.xml, HasSubstr("<LANConfig"));
   ASSERT_EQ(IP_NET_DVR_SetDVRConfig(id, 9999, 0, "<Nothing/>", 0), 0);
   EXPECT_TRUE(events_.WaitAux(id, static_cast<long>(static_cast<int32_t>(0xFF00270Fu)), kWaitMs));
+}
+
+// A remove reply (1024) is a status event, 18 or 19 by its flag, with the
+// session's last formatted status text; it never reaches the AUX callback.
+TEST_F(RepliesTest, RemoveReplyIsStatus18Or19WithTheLastStatusText) {
+  long id = LoginReady();
+  for (int flag : {0, -1}) {
+    long code = flag == 0 ? EVENT_REMOVEOK : EVENT_REMOVEFAILED;
+    camera_->SetReply("SYSTEM_CONTROL_MESSAGE", 1024, flag, "<RESPONSE_PARAM />");
+    ASSERT_EQ(IP_NET_DVR_SystemControl(id, 1024, 0, ""), 0);
+    ASSERT_TRUE(events_.WaitStatus(id, code, kWaitMs)) << flag;
+    EXPECT_EQ(events_.First(id, code).text, Label() + ": OK: authentication OK!");
+  }
+  // The reboot's reply comes after both: had either gone to the AUX
+  // callback, it would be there by now.
+  ASSERT_EQ(IP_NET_DVR_RebootDVR(id), 0);
+  ASSERT_TRUE(events_.WaitAux(id, 1007, kWaitMs));
+  EXPECT_FALSE(events_.WaitAux(id, 1024, 0));
+  EXPECT_FALSE(events_.WaitAux(id, static_cast<long>(static_cast<int32_t>(0xFF000400u)), 0));
 }
 
 TEST_F(RepliesTest, PtzRepliesByFlagCodeAndBody) {
@@ -116,20 +136,31 @@ TEST_F(RepliesTest, UserDataIsCutToTheCallersBufferAndDecodedByPairs) {
   EXPECT_TRUE(events_.WaitAux(id, 1034, kWaitMs));
   EXPECT_EQ(IP_NET_DVR_SetUserData(id, nullptr, 0), -1);
   EXPECT_EQ(IP_NET_DVR_SetUserData(id, whole, 1), 0);
-  // An odd trailing digit is dropped; missing data is empty.
-  for (const char* data : {"41424", ""}) {
+  // Pairs read as "%02x" reads them: an odd trailing digit is dropped, a
+  // pair ends at its first non-digit; missing data is empty.
+  const struct {
+    const char* attribute;
+    std::string bytes;
+  } cases[] = {
+      {"UserDevData=\"41424\"", "AB"},
+      {"UserDevData=\"4g42\"", std::string("\x04" "B")},
+      {"UserDevData=\"zz41\"", std::string("\0A", 2)},
+      {"", ""},
+  };
+  for (const auto& c : cases) {
     camera_->SetReply("SYSTEM_CONTROL_MESSAGE", 1034, 0,
-                      *data ? std::string("<RESPONSE_PARAM UserDevData=\"") + data + "\" />"
-                            : "<RESPONSE_PARAM />");
+                      std::string("<RESPONSE_PARAM ") + c.attribute + " />");
     length = sizeof(whole);
     ASSERT_EQ(IP_NET_DVR_GetUserData(id, whole, &length), 0);
-    EXPECT_EQ(length, *data ? 2 : 0);
-    EXPECT_STREQ(whole, *data ? "AB" : "");
+    EXPECT_EQ(std::string(whole, static_cast<size_t>(length)), c.bytes) << c.attribute;
+    EXPECT_EQ(whole[length], '\0');
   }
 }
 
 TEST_F(RepliesTest, SnapshotWaitsForItsAlarm) {
   long id = LoginReady();
+  // A camera that acknowledges snapshots without taking them.
+  camera_->SetReply("SYSTEM_CONTROL_MESSAGE", 1043, 0, "");
   // Without waiting: asked and back at once.
   ASSERT_EQ(IP_NET_DVR_SnapPic(id, 1, 80, "/tmp/qv-snap.jpg", 0), 0);
   auto frames = Frames("SYSTEM_CONTROL_MESSAGE");
@@ -137,8 +168,8 @@ TEST_F(RepliesTest, SnapshotWaitsForItsAlarm) {
   EXPECT_EQ(frames[0].body, "\n<REQUEST_PARAM Stream=\"1\" Quality=\"80\"/>\n");
   // A negative wait means 200 ms; the camera never announces a picture.
   EXPECT_EQ(IP_NET_DVR_SnapPic(id, 0, 50, "/tmp/qv-snap.jpg", -5), QV_E_SNAP_TIMEOUT);
-  // Announced: the picture would travel over the file channel, which this
-  // build lacks.
+  // Announced: the wait ends once the picture's download has ended, here
+  // with status 17, as the camera has no such file.
   qvemu::AlarmSpec ready;
   ready.code = 23;
   ready.data = "/mnt/snap/0001.jpg";
@@ -150,9 +181,10 @@ TEST_F(RepliesTest, SnapshotWaitsForItsAlarm) {
         kWaitMs);
     camera_->SendAlarm({ready});
   });
-  EXPECT_EQ(IP_NET_DVR_SnapPic(id, 0, 50, "/tmp/qv-snap.jpg", kWaitMs), QV_E_UNSUPPORTED);
+  EXPECT_EQ(IP_NET_DVR_SnapPic(id, 0, 50, "/tmp/qv-snap.jpg", kWaitMs), 0);
   announcer.join();
   EXPECT_TRUE(events_.WaitStatus(id, EVENT_PTZALARM, kWaitMs));
+  EXPECT_TRUE(events_.WaitStatus(id, EVENT_DOWNLOADFAILED, kWaitMs));
 }
 
 TEST_F(RepliesTest, SnapshotTaskAsksEachCameraUntilStopped) {
@@ -174,9 +206,20 @@ TEST_F(RepliesTest, SnapshotTaskAsksEachCameraUntilStopped) {
   EXPECT_EQ(IP_NET_DVR_SnapPicTaskStop(), 0);
   ASSERT_GE(frames.size(), 2u);
   EXPECT_EQ(frames[0].body, "\n<REQUEST_PARAM Stream=\"1\" Quality=\"60\"/>\n");
-  // Stopped: a new task may start.
+  // Stopped: a new task may start. Each entry is followed by exactly its
+  // interval, however short.
+  camera_->ClearReceived();
+  task.count = 1;
+  task.interval = 2;
   ASSERT_EQ(IP_NET_DVR_SnapPicTaskStart(&task), 0);
+  frames = Frames("SYSTEM_CONTROL_MESSAGE", 20);
   EXPECT_EQ(IP_NET_DVR_SnapPicTaskStop(), 0);
+  ASSERT_GE(frames.size(), 20u);
+  unsigned long shortest = ~0ul;
+  for (size_t i = 1; i < frames.size(); ++i) {
+    shortest = std::min(shortest, frames[i].tick - frames[i - 1].tick);
+  }
+  EXPECT_LT(shortest, 10u);
 }
 
 TEST_F(RepliesTest, GarbageAheadOfAFrameLeavesTheLinkWorking) {

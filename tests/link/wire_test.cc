@@ -13,6 +13,7 @@
 #include "api/ptz_object_list.h"
 #include "link/camera_fixture.h"
 #include "link/ptz_control_class.h"
+#include "support/scratch.h"
 
 namespace qvtest {
 namespace {
@@ -162,7 +163,6 @@ TEST_F(WireTest, RefusedTypesAndUnsupportedCommandsSendNothing) {
             QV_E_MSG_TYPE);
   EXPECT_EQ(IP_NET_DVR_ShutDownDVR(id), QV_E_UNSUPPORTED);
   EXPECT_EQ(IP_NET_DVR_GetFormatProgress(id, 0, nullptr, nullptr), QV_E_UNSUPPORTED);
-  EXPECT_EQ(IP_NET_DVR_SendRawMsg(id, "x", 0), QV_E_INVALID_ARG);
   EXPECT_EQ(IP_NET_DVR_SnapPic(id, 2, 50, "/tmp/x.jpg", 0), QV_E_INVALID_ARG);
   EXPECT_EQ(IP_NET_DVR_SnapPic(id, 0, 101, "/tmp/x.jpg", 0), QV_E_INVALID_ARG);
   EXPECT_EQ(IP_NET_DVR_SnapPic(id, 0, 50, "", 0), QV_E_INVALID_ARG);
@@ -172,6 +172,56 @@ TEST_F(WireTest, RefusedTypesAndUnsupportedCommandsSendNothing) {
   auto all = Requests();
   ASSERT_EQ(all.size(), 1u);
   EXPECT_EQ(all[0].code, "1007");
+}
+
+// Missing texts are the session's to refuse: an unknown ID answers first.
+TEST_F(WireTest, MissingTextsAreRefusedAfterTheLookup) {
+  long id = LoginReady();
+  const long unknown = 99;
+  for (long user : {unknown, id}) {
+    long expected = user == unknown ? QV_E_UNKNOWN_USER : QV_E_INVALID_ARG;
+    EXPECT_EQ(IP_NET_DVR_PTZControlEx(user, nullptr), expected) << user;
+    EXPECT_EQ(IP_NET_DVR_WriteAUXStringEx(user, nullptr, 1007, 0, ""), expected) << user;
+    EXPECT_EQ(IP_NET_DVR_SEND_ENCRYPPT_RAWDATA(user, nullptr), expected) << user;
+    EXPECT_EQ(IP_NET_DVR_SendRawMsg(user, nullptr, 5), expected) << user;
+  }
+}
+
+// An aux request is built into a buffer of 51,200 bytes: a longer one is
+// cut, and every request is logged as it is built.
+TEST_F(WireTest, AuxRequestsAreCutAt51199CharactersAndLogged) {
+  long id = LoginReady();
+  std::string body(55000, 'b');
+  std::string out = testsupport::CapturedStdout([&] {
+    IP_NET_DVR_LOG_OPEN();
+    ASSERT_EQ(IP_NET_DVR_SystemControl(id, 1048, 0, body.c_str()), 0);
+    IP_NET_DVR_LOG_CLOSE();
+  });
+  std::string whole = Envelope("SYSTEM_CONTROL_MESSAGE", "1048", body);
+  auto frames = Frames("SYSTEM_CONTROL_MESSAGE");
+  ASSERT_EQ(frames.size(), 1u);
+  EXPECT_EQ(frames[0].payload, whole.substr(0, 51199));
+  // (The console keeps the first 10,239 characters of a line.)
+  EXPECT_NE(out.find("[MakeXMLRequest:"), std::string::npos);
+  EXPECT_NE(out.find("]" + whole.substr(0, 1000)), std::string::npos);
+}
+
+// Raw messages are queued with whatever length they are given: 0 sends a
+// bare header, a negative length a header without its payload, which ends
+// the link with status 20.
+TEST_F(WireTest, EmptyAndNegativeRawLengthsAreQueuedAsGiven) {
+  long id = LoginReady();
+  events_.Clear();
+  EXPECT_EQ(IP_NET_DVR_SendRawMsg(id, "x", 0), 0);
+  ASSERT_TRUE(camera_->WaitForFrames(
+      [&](const std::vector<qvemu::ReceivedFrame>&) { return camera_->BadLengths() == 1; },
+      kWaitMs));
+  ASSERT_TRUE(events_.WaitStatus(id, EVENT_SENDPTZOK, kWaitMs));
+  EXPECT_EQ(events_.First(id, EVENT_SENDPTZOK).text, "");
+  EXPECT_EQ(IP_NET_DVR_SendRawMsg(id, "x", -5), 0);
+  ASSERT_TRUE(events_.WaitStatus(id, EVENT_SENDPTZERROR, kWaitMs));
+  EXPECT_EQ(events_.First(id, EVENT_SENDPTZERROR).text, "");
+  EXPECT_TRUE(events_.WaitStatus(id, EVENT_LOGIN_RECONNECT, kWaitMs));
 }
 
 // Requests queued from inside the login event, before the link thread's

@@ -13,17 +13,22 @@
 
 #include "emu/camera_behaviour.h"
 #include "emu/envelope.h"
+#include "emu/file_service.h"
 #include "emu/frame_io.h"
 #include "emu/frame_log.h"
 #include "emu/link.h"
 #include "emu/system_replies.h"
+#include "emu/talk_receiver.h"
 
 namespace qvemu {
 
 class Camera::Impl {
  public:
   explicit Impl(CameraOptions options)
-      : options_(std::move(options)), behaviour_(options_), log_(options_.record_limit) {}
+      : options_(std::move(options)), behaviour_(options_), log_(options_.record_limit),
+        files_(options_, &behaviour_, FileHooks()) {
+    talk_.Install(&behaviour_);
+  }
 
   ~Impl() { Stop(); }
 
@@ -38,7 +43,9 @@ class Camera::Impl {
 
   const CameraOptions options_;
   CameraBehaviour behaviour_;
+  TalkReceiver talk_;
   FrameLog log_;
+  FileService files_;
   std::atomic<uint16_t> port_{0};
   std::atomic<int> connections_{0};
   std::atomic<uint64_t> skipped_bytes_{0};
@@ -47,6 +54,7 @@ class Camera::Impl {
  private:
   void AcceptLoop();
   std::vector<std::shared_ptr<Link>> Snapshot() const;
+  FileService::Hooks FileHooks();
 
   int listen_fd_ = -1;
   std::atomic<bool> stop_{true};
@@ -81,10 +89,22 @@ bool Camera::Impl::Start() {
   return true;
 }
 
+FileService::Hooks Camera::Impl::FileHooks() {
+  FileService::Hooks hooks;
+  hooks.send = [this](int connection, const std::string& bytes) {
+    return SendTo([connection](const Link& l) { return l.connection() == connection; }, bytes,
+                  std::to_string(bytes.size()) + "-byte file data frame");
+  };
+  hooks.control_port = [this] { return port_.load(); };
+  hooks.print = [this](const std::string& text) { Print(text); };
+  return hooks;
+}
+
 void Camera::Impl::Stop() {
   std::lock_guard<std::mutex> lock(start_mu_);
   if (stop_) return;
   stop_ = true;
+  files_.Stop();
   accept_thread_.join();
   close(listen_fd_);
   listen_fd_ = -1;
@@ -240,7 +260,17 @@ int Camera::Logins() const { return impl_->behaviour_.Logins(); }
 uint64_t Camera::SkippedBytes() const { return impl_->skipped_bytes_; }
 int Camera::BadLengths() const { return impl_->bad_lengths_; }
 
+void Camera::SetTalkEnabled(bool on) { impl_->talk_.SetEnabled(on); }
+void Camera::SetTalkRefusal(int flag) { impl_->talk_.SetRefusal(flag); }
+bool Camera::SetTalkSaveFile(const std::string& path) { return impl_->talk_.SetSaveFile(path); }
+TalkStats Camera::Talk() const { return impl_->talk_.Stats(); }
+void Camera::ClearTalk() { impl_->talk_.Clear(); }
+FileService& Camera::Files() { return impl_->files_; }
+
 std::string Camera::ConfigDocument() const { return impl_->behaviour_.ConfigDocument(); }
+void Camera::SetConfigListener(std::function<void(long, const IPCConfig&)> listener) {
+  impl_->behaviour_.SetConfigListener(std::move(listener));
+}
 bool Camera::SetConfigDocument(const std::string& xml) {
   return impl_->behaviour_.SetConfigDocument(xml);
 }

@@ -5,7 +5,9 @@
 // at once, one thread a link. It checks user and password on login, answers
 // heartbeats, PTZ commands, system control codes, configuration get and set
 // (from and into its own configuration document), user data and the key
-// exchange, and pushes alarms when asked. Fault switches make it stay silent,
+// exchange, voice talk, and pushes alarms when asked. It serves and takes
+// files (file_service.h): downloads, uploads, firmware upgrades and
+// snapshots. Fault switches make it stay silent,
 // refuse, drop links, send stray bytes or delay its replies. Every frame it
 // receives is recorded so that tests can assert the exact bytes.
 //
@@ -20,7 +22,13 @@
 #include <string>
 #include <vector>
 
+#include "quorvel/quorvel.h"
+
 namespace qvemu {
+
+// How the camera's files travel: over a data channel of their own, or
+// inside the control link.
+enum class FileMode { kChannel, kLink };
 
 struct CameraOptions {
   std::string user = "admin";
@@ -34,6 +42,8 @@ struct CameraOptions {
   std::string key = "0123456789abcdef0123456789abcdef";  // KeyValue of the key reply
   std::string user_data = "QV-EMU-0001";  // initial answer to code 1034
   size_t record_limit = 10000;    // frames kept by Received(); the oldest go first
+  std::string files_dir;          // folder the file store serves and keeps uploads in; "": memory only
+  FileMode file_mode = FileMode::kChannel;
 };
 
 struct ReceivedFrame {
@@ -54,6 +64,19 @@ struct AlarmSpec {
 };
 
 enum class LoginReply { Accept, Silent, Refuse };
+
+// What the camera's voice talk saw.
+struct TalkStats {
+  int starts = 0;          // talk start requests accepted
+  int refusals = 0;        // ... refused (busy, parameters, disabled)
+  int stops = 0;           // stop requests of the talking link
+  uint64_t packets = 0;    // well-formed talk packets of the talking link
+  uint64_t bytes = 0;      // audio bytes in them
+  int bad_packets = 0;     // talk packets that did not parse, or from a link not talking
+  std::string audio;       // the audio itself, in order (the first 16 MB)
+};
+
+class FileService;
 
 class Camera {
  public:
@@ -101,10 +124,29 @@ class Camera {
   uint64_t SkippedBytes() const;   // stray bytes its reader hunted over
   int BadLengths() const;          // frame headers dropped for their length
 
+  // Voice talk: off refuses every start as disabled (-3); a refusal flag
+  // (-1 busy, -2 parameter error, -3 disabled) refuses every start with it,
+  // 0 decides by the rules (one talking link; G.711 or PCM).
+  void SetTalkEnabled(bool on);
+  void SetTalkRefusal(int flag);
+  // Also writes the talk audio to this file as it arrives; false when it
+  // cannot be created.
+  bool SetTalkSaveFile(const std::string& path);
+  TalkStats Talk() const;
+  void ClearTalk();
+
+  // File store, transfer mode and faults, data channel records, firmware
+  // and snapshots.
+  FileService& Files();
+
   std::string ConfigDocument() const;
   // Replaces the document; false (keeping the old one) when the text does
   // not parse or its root is neither IPCConfig nor VEXORAConfig.
   bool SetConfigDocument(const std::string& xml);
+  // Called on the link's thread after a configuration set (code) changed the
+  // configuration, with the whole record as it now is; it must not call
+  // back into the camera.
+  void SetConfigListener(std::function<void(long code, const IPCConfig& cfg)> listener);
 
   Camera(const Camera&) = delete;
   Camera& operator=(const Camera&) = delete;

@@ -10,7 +10,6 @@ namespace qvemu {
 namespace {
 
 constexpr size_t kLogEntries = 50;
-const std::vector<std::string> kTimeConfig = {"SystemConfig", "TimeConfig"};
 
 Reply Answer(const ReceivedFrame& f, int flag, const std::string& body = "") {
   return Reply{f.type, f.code, std::to_string(flag), body};
@@ -51,6 +50,8 @@ CameraBehaviour::CameraBehaviour(const CameraOptions& options)
       std::bind(&CameraBehaviour::OnConfigSet, this, _1, _2, _3);
   type_handlers_["SYSTEM_ENCRYPT_MESSAGE"] =
       std::bind(&CameraBehaviour::OnEncrypt, this, _1, _2, _3);
+  type_handlers_["MEDIA_DATA_MESSAGE"] =
+      std::bind(&CameraBehaviour::OnMediaData, this, _1, _2, _3);
   AddControlHandlers();
 }
 
@@ -132,7 +133,10 @@ void CameraBehaviour::OnConfigGet(LinkState* link, const ReceivedFrame& f,
 void CameraBehaviour::OnConfigSet(LinkState*, const ReceivedFrame& f, std::vector<Reply>* out) {
   long code = atol(f.code.c_str());
   bool ok = config_.SetSection(code, Trimmed(f.body));
-  if (ok) Note("configuration section " + std::to_string(code) + " changed");
+  if (ok) {
+    Note("configuration section " + std::to_string(code) + " changed");
+    if (config_listener_) config_listener_(code, config_.Config());
+  }
   out->push_back(Answer(f, ok ? 0 : -1));
 }
 
@@ -144,6 +148,12 @@ void CameraBehaviour::OnEncrypt(LinkState*, const ReceivedFrame& f, std::vector<
   out->push_back(Answer(f, 0,
                         "<KeyConfig KeyLen=\"32\" KeyValue=\"" + EscapeAttr(options_.key) +
                             "\"/>"));
+}
+
+void CameraBehaviour::OnMediaData(LinkState* link, const ReceivedFrame& f,
+                                  std::vector<Reply>* out) {
+  auto handler = media_handlers_.find(atol(f.code.c_str()));
+  if (handler != media_handlers_.end()) handler->second(link, f, out);
 }
 
 void CameraBehaviour::AddControlHandlers() {
@@ -175,7 +185,7 @@ void CameraBehaviour::AddControlHandlers() {
       return;
     }
     clock_offset_ = when - time(nullptr);
-    if (!zone.empty()) config_.SetAttribute(kTimeConfig, "TimeZone", zone);
+    if (!zone.empty()) config_.Config().system.Time.TimeZone = atoi(zone.c_str());
     Note("system time set");
     out->push_back(Answer(f, 0));
   };
@@ -218,7 +228,7 @@ void CameraBehaviour::AddControlHandlers() {
   control_handlers_[1048] = [this](LinkState*, const ReceivedFrame& f, std::vector<Reply>* out) {
     out->push_back(Answer(f, 0,
                           SystemTimeBody(time(nullptr) + clock_offset_,
-                                         config_.Attribute(kTimeConfig, "TimeZone"))));
+                                         std::to_string(config_.Config().system.Time.TimeZone))));
   };
 }
 
@@ -235,6 +245,22 @@ void CameraBehaviour::SetTypeHandler(const std::string& type, Handler handler) {
 void CameraBehaviour::SetControlHandler(long code, Handler handler) {
   std::lock_guard<std::mutex> lock(mu_);
   control_handlers_[code] = std::move(handler);
+}
+
+void CameraBehaviour::SetMediaHandler(long code, Handler handler) {
+  std::lock_guard<std::mutex> lock(mu_);
+  media_handlers_[code] = std::move(handler);
+}
+
+std::string CameraBehaviour::ConfigDocumentLocked() const { return config_.Text(); }
+
+bool CameraBehaviour::SetConfigDocumentLocked(const std::string& xml) { return config_.Load(xml); }
+
+time_t CameraBehaviour::CameraNowLocked() const { return time(nullptr) + clock_offset_; }
+
+void CameraBehaviour::AddNote(const std::string& text) {
+  std::lock_guard<std::mutex> lock(mu_);
+  Note(text);
 }
 
 void CameraBehaviour::SetLoginReply(LoginReply mode, int refuse_flag) {
@@ -301,6 +327,11 @@ int CameraBehaviour::Logins() const {
 std::string CameraBehaviour::ConfigDocument() const {
   std::lock_guard<std::mutex> lock(mu_);
   return config_.Text();
+}
+
+void CameraBehaviour::SetConfigListener(ConfigListener listener) {
+  std::lock_guard<std::mutex> lock(mu_);
+  config_listener_ = std::move(listener);
 }
 
 bool CameraBehaviour::SetConfigDocument(const std::string& xml) {

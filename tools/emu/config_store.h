@@ -1,13 +1,13 @@
-// The emulated camera's configuration document (root IPCConfig) and the
-// section codes of configuration get and set messages.
+// The emulated camera's configuration, held in the library's configuration
+// model: the whole record (IPCConfig), read from and written to its document
+// with the model's readers and writers, and the section codes of the
+// configuration get and set messages.
 #pragma once
 
 #include <memory>
 #include <string>
-#include <vector>
 
-class TiXmlDocument;
-class TiXmlElement;
+#include "quorvel/quorvel.h"
 
 namespace qvemu {
 
@@ -15,37 +15,36 @@ class ConfigStore {
  public:
   ConfigStore();  // holds the built-in default document
   ~ConfigStore();
+  ConfigStore(const ConfigStore& other);
+  ConfigStore& operator=(const ConfigStore& other);
 
   // The built-in default document.
   static const std::string& DefaultDocument();
 
-  // Element path (from below the root) of a get or set section code; empty
-  // for a code that names no section.
-  static std::vector<std::string> GetPath(long code);
-  static std::vector<std::string> SetPath(long code);
+  // The element a get or set code's section is ("" for a code that names
+  // no section).
+  static std::string GetSectionName(long code);
+  static std::string SetSectionName(long code);
 
-  // Replaces the document. false, keeping the old one, when the text does
-  // not parse or its root is neither IPCConfig nor VEXORAConfig.
+  // Replaces the whole record with the document's. false, keeping the old
+  // one, when the text does not parse or its root is neither IPCConfig nor
+  // VEXORAConfig.
   bool Load(const std::string& xml);
+  // The whole document as the model writes it.
   std::string Text() const;
 
-  // The section element of a get code as XML text; false for an unknown
-  // code or a section the document lacks.
+  // The section of a get code as its writer's XML; false for an unknown code.
   bool GetSection(long code, std::string* xml) const;
-  // Replaces (or adds) the section of a set code with the one element in
-  // xml, whose name must be the section's. false leaves the document as is.
+  // Reads the section of a set code from xml with its reader and, when that
+  // succeeds, replaces the section. false (record unchanged) for an unknown
+  // code or a text without that element.
   bool SetSection(long code, const std::string& xml);
 
-  // An attribute of the element at path; "" when absent.
-  std::string Attribute(const std::vector<std::string>& path, const char* name) const;
-  // Sets an attribute of the element at path; false when the element is absent.
-  bool SetAttribute(const std::vector<std::string>& path, const char* name,
-                    const std::string& value);
+  IPCConfig& Config() { return *cfg_; }
+  const IPCConfig& Config() const { return *cfg_; }
 
  private:
-  TiXmlElement* Find(const std::vector<std::string>& path) const;
-
-  std::unique_ptr<TiXmlDocument> doc_;
+  std::unique_ptr<IPCConfig> cfg_;
 };
 
 }  // namespace qvemu

@@ -161,6 +161,32 @@ const std::string& ConfigStore::DefaultDocument() {
 <EnableTimeList />
 <AlarmAction drawrect="1" draw_human="1" track_human="0" auto_zoom="0" rect_twinkle="0" light_twinkle="0" notify_alarmserver="0" alarm_led="0" alarm_push="1"><IOOutputAction><OutputChannelAction Enable="0" PortIndex="0" /></IOOutputAction><AudioPlayAction Enable="0" EnableNight="0" Times="1" Intervel="0" FileName="" /></AlarmAction>
 </VideoPD>
+<VideoGate>
+<Line1 fromx="0" fromy="0" tox="0" toy="0" EnableDay="0" EnableNight="0" sensitivity="3" type="0" direction="0" />
+<Line2 fromx="0" fromy="0" tox="0" toy="0" EnableDay="0" EnableNight="0" sensitivity="3" type="0" direction="0" />
+<Line3 fromx="0" fromy="0" tox="0" toy="0" EnableDay="0" EnableNight="0" sensitivity="3" type="0" direction="0" />
+<Line4 fromx="0" fromy="0" tox="0" toy="0" EnableDay="0" EnableNight="0" sensitivity="3" type="0" direction="0" />
+<EnableTimeList />
+<AlarmAction drawrect="1" draw_target="1" light_twinkle="0" notify_alarmserver="0" alarm_led="0" alarm_push="1"><IOOutputAction><OutputChannelAction Enable="0" PortIndex="0" /></IOOutputAction><AudioPlayAction Enable="0" EnableNight="0" Times="1" Intervel="0" FileName="" /></AlarmAction>
+</VideoGate>
+<VideoRegionAi>
+<Rule1 enable="0" sensitivity="3" type_filter="1" mode="0" stayseconds="3" />
+<Rule2 enable="0" sensitivity="3" type_filter="1" mode="0" stayseconds="3" />
+<Rule3 enable="0" sensitivity="3" type_filter="1" mode="0" stayseconds="3" />
+<EnableTimeList />
+<AlarmAction drawrect="1" draw_target="1" light_twinkle="0" notify_alarmserver="0" alarm_led="0" alarm_push="1"><IOOutputAction><OutputChannelAction Enable="0" PortIndex="0" /></IOOutputAction><AudioPlayAction Enable="0" EnableNight="0" Times="1" Intervel="0" FileName="" /></AlarmAction>
+</VideoRegionAi>
+<Lpr Enable="0" Sensitivity="3">
+<EnableTimeList />
+<AlarmAction drawosd="1" playvoice="0"><IOOutputAction><OutputChannelAction Enable="0" PortIndex="0" /></IOOutputAction></AlarmAction>
+</Lpr>
+<FaceDetect EnableDay="0" EnableNight="0" Threshold="50" Sensitivity="3" xPos="0" yPos="0" width="100" height="100">
+<EnableTimeList />
+<AlarmAction drawrect="1"><IOOutputAction><OutputChannelAction Enable="0" PortIndex="0" /></IOOutputAction><AudioPlayAction Enable="0" EnableNight="0" Times="1" Intervel="0" FileName="" /></AlarmAction>
+</FaceDetect>
+<Temp_humidity temp_enable="0" temp_upper_limit="40" temp_lower_limit="0" temp_range_lower="-20" temp_range_upper="60" humidity_enable="0" humidity_upper_limit="80" humidity_lower_limit="20" humidity_range_lower="0" humidity_range_upper="100" voc_enable="0" voc_good="100" voc_TracePollution="200" voc_LightPollution="300" voc_ModeratePollution="400" voc_HeavyPollution="500">
+<AlarmAction><IOOutputAction><OutputChannelAction Enable="0" PortIndex="0" /></IOOutputAction></AlarmAction>
+</Temp_humidity>
 <OutputAlarm>
 <OutputChannel PortIndex="0" ChannelType="NO" TriggerType="Level" Duration="10" DayEnable="1" NightEnable="1" EnableDay="1" EnableNight="1" />
 </OutputAlarm>

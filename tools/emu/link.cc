@@ -58,9 +58,17 @@ void Link::PauseUntil(std::chrono::steady_clock::time_point end) const {
 
 void Link::Run() {
   FrameReader reader(fd_);
-  LinkState state{connection_, false};
+  LinkState state;
+  state.connection = connection_;
+  state.send = [this](const std::string& bytes) { return Send(bytes); };
   uint64_t skipped = 0;
   for (;;) {
+    if (state.pause_reading_ms > 0) {
+      Print(": stops reading for " + std::to_string(state.pause_reading_ms) + " ms");
+      PauseUntil(std::chrono::steady_clock::now() +
+                 std::chrono::milliseconds(state.pause_reading_ms));
+      state.pause_reading_ms = 0;
+    }
     uint32_t flag = 0;
     std::string payload;
     FrameReader::Result r = reader.Next(stop_, &flag, &payload);
@@ -110,8 +118,11 @@ void Link::Run() {
         break;
       }
       Print(" -> " + Describe(reply.type, reply.code, reply.flag));
+      if (reply.after_sent) reply.after_sent();
     }
   }
+  // The link's parts (senders of their own) end while the socket is open.
+  state.parts.clear();
   finished_ = true;
   Print(": closed");
 }
