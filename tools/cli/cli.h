@@ -43,8 +43,13 @@ struct Cli {
 // Subcommand families, one file each.
 void AddConvertCommand(Cli& cli);
 void AddConfigCommands(Cli& cli);
+void AddDiscoverCommand(Cli& cli);
+void AddFileCommands(Cli& cli);
 void AddLiveCommand(Cli& cli);
 void AddPtzCommands(Cli& cli);
 void AddReplayCommands(Cli& cli);
+void AddSnapshotCommand(Cli& cli);
 void AddStatusCommand(Cli& cli);
 void AddSystemCommands(Cli& cli);
+void AddTalkCommand(Cli& cli);
+void AddTimeCommands(Cli& cli);

@@ -55,9 +55,9 @@ bool ReadText(const std::string& path, std::string* text) {
 }
 
 int RunList() {
-  printf("%-14s %-18s %4s %4s\n", "SECTION", "ELEMENT", "GET", "SET");
+  printf("%-14s %4s %4s\n", "SECTION", "GET", "SET");
   for (const ConfigSection& s : ConfigSections()) {
-    printf("%-14s %-18s %4ld %4s\n", s.name.c_str(), s.element.c_str(), s.get_code,
+    printf("%-14s %4ld %4s\n", s.name.c_str(), s.get_code,
            s.set_code ? std::to_string(s.set_code).c_str() : "-");
   }
   return 0;
@@ -78,7 +78,7 @@ int RunGet(const Cli& cli, const ConfigOptions& o) {
     StdoutToStderr quiet;  // the reader reports its trouble on standard output
     read = s->read(record.data(), reply.text.c_str());
   }
-  if (read != 0) return Fail(what + " failed: the reply holds no usable <" + s->element + ">");
+  if (read != 0) return Fail(what + " failed: the reply holds no usable " + s->name + " section");
   std::string xml = WriteRecord(*s, record.data());
   if (xml.empty()) return Fail(what + " failed: the record could not be written as XML");
   if (o.json) {
@@ -104,7 +104,7 @@ int RunSet(const Cli& cli, const ConfigOptions& o) {
     StdoutToStderr quiet;
     read = s->read(record.data(), text.c_str());
   }
-  if (read != 0) return Fail(what + " failed: " + o.file + " holds no usable <" + s->element + ">");
+  if (read != 0) return Fail(what + " failed: " + o.file + " holds no usable " + s->name + " section");
   Library library(cli.log);
   CameraSession session(cli.connection);
   if (!session.Open()) return 1;
@@ -121,7 +121,7 @@ void AddConfigCommands(Cli& cli) {
   auto o = std::make_shared<ConfigOptions>();
   CLI::App* config = cli.app.add_subcommand("config", "read and write configuration sections");
   config->require_subcommand(1);
-  cli.Add(config, "list", "list the sections by name, with their element and codes",
+  cli.Add(config, "list", "list the sections by name, with their get and set codes",
           [] { return RunList(); });
   CLI::App* get = cli.Add(config, "get", "print a section as XML (or JSON)",
                           [&cli, o] { return RunGet(cli, *o); });

@@ -9,7 +9,6 @@
 
 struct ConfigSection {
   std::string name;     // what a person types: "video-encode"
-  std::string element;  // the section's XML element: "Encode"
   long get_code = 0;
   long set_code = 0;    // 0: the section cannot be written
   size_t record_size = 0;

@@ -45,10 +45,15 @@ int main(int argc, char** argv) {
   app.add_flag("--log-udp", cli.log.udp, "send the library's debug log to the UDP monitor")
       ->group(logging);
 
+  AddDiscoverCommand(cli);
   AddStatusCommand(cli);
   AddPtzCommands(cli);
   AddSystemCommands(cli);
   AddConfigCommands(cli);
+  AddTimeCommands(cli);
+  AddFileCommands(cli);
+  AddSnapshotCommand(cli);
+  AddTalkCommand(cli);
   AddReplayCommands(cli);
   AddLiveCommand(cli);
   AddConvertCommand(cli);

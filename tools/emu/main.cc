@@ -24,6 +24,7 @@
 #include "emu/camera_farm.h"
 #include "emu/config_store.h"
 #include "emu/file_service.h"
+#include "emu/firmware_image.h"
 #include "emu/rtsp_server.h"
 #include "emu/rtsp_settings.h"
 
@@ -55,6 +56,7 @@ void Usage(FILE* out) {
           "  --data-fault KIND:N  wrong-length:N (announce N bytes more), stall:N or\n"
           "                       close:N (after N bytes of the file), wrong-flag:0\n"
           "  --silent-files       leave transfer requests unanswered\n"
+          "  --make-firmware FILE write a firmware image this camera accepts to FILE, and exit\n"
           "faults:\n"
           "  --silent-login       never answer a login\n"
           "  --refuse-login[=F]   refuse every login with flag F (default -1)\n"
@@ -180,7 +182,7 @@ int main(int argc, char** argv) {
     kRtspPort, kRtspAudio, kRtspSize, kRtspSilentAfter, kRtspBitrate, kRtspPattern, kRtspShared,
     kTalkSave, kNoTalk, kTalkRefuse, kDiscovery, kCameras, kSerial, kAddress, kDeviceType,
     kDiscoveryPort, kSearchRoot, kReplySpread,
-    kFiles, kFileMode, kPutFile, kDataFault, kSilentFiles
+    kFiles, kFileMode, kPutFile, kDataFault, kSilentFiles, kMakeFirmware
   };
   static const option kOptions[] = {
       {"port", required_argument, nullptr, kPort},
@@ -222,6 +224,7 @@ int main(int argc, char** argv) {
       {"put-file", required_argument, nullptr, kPutFile},
       {"data-fault", required_argument, nullptr, kDataFault},
       {"silent-files", no_argument, nullptr, kSilentFiles},
+      {"make-firmware", required_argument, nullptr, kMakeFirmware},
       {nullptr, 0, nullptr, 0},
   };
 
@@ -334,6 +337,17 @@ int main(int argc, char** argv) {
       }
       case kDataFault: ok = ParseDataFault(optarg, &data_fault); break;
       case kSilentFiles: silent_files = true; break;
+      case kMakeFirmware: {
+        std::string payload(64 * 1024, '\0');
+        for (size_t i = 0; i < payload.size(); ++i) payload[i] = static_cast<char>(i * 31 + 7);
+        std::ofstream out(optarg, std::ios::binary);
+        out << qvemu::MakeFirmwareImage(2, payload);
+        if (!out.flush()) {
+          fprintf(stderr, "quorvel-emu: cannot write %s\n", optarg);
+          return 1;
+        }
+        return 0;
+      }
       default: ok = false;
     }
     if (!ok) {
