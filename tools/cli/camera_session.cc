@@ -45,9 +45,17 @@ StdoutToStderr::~StdoutToStderr() {
 
 Library::Library(const LogOptions& log) {
   {
-    // Init announces on standard output that SIGPIPE is now ignored.
-    StdoutToStderr quiet;
+    // Init announces on standard output that SIGPIPE is now ignored; that
+    // line is for host programs, not for a person at the command line.
+    fflush(stdout);
+    int saved = dup(STDOUT_FILENO);
+    int null = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (saved >= 0 && null >= 0) dup2(null, STDOUT_FILENO);
     IP_NET_DVR_Init();
+    fflush(stdout);
+    if (saved >= 0 && null >= 0) dup2(saved, STDOUT_FILENO);
+    if (saved >= 0) close(saved);
+    if (null >= 0) close(null);
   }
   if (log.console) IP_NET_DVR_LOG_OPEN();
   if (!log.dir.empty() || log.udp) {

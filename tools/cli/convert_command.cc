@@ -67,9 +67,7 @@ int RunConvert(const Cli& cli, const ConvertOptions& o) {
   if (o.fps > 0) options.frame_rate = o.fps;
   if (o.alaw) options.g711_law = kG711ALaw;
   if (o.mulaw) options.g711_law = kG711MuLaw;
-  if (!o.aac_config.empty() && !ParseHex(o.aac_config, &options.aac_config)) {
-    return Fail("convert: --aac-config wants 1 to 64 bytes of hexadecimal, as 1408");
-  }
+  if (!o.aac_config.empty()) ParseHex(o.aac_config, &options.aac_config);  // checked when read
   av_log_set_level(AV_LOG_ERROR);
   CAviConverter converter(options);
   if (converter.Convert(o.in, o.out) != 0) return Fail("convert failed: " + converter.Error());
@@ -99,5 +97,12 @@ void AddConvertCommand(Cli& cli) {
                       "the stream's AudioSpecificConfig in hexadecimal, as in "
                       "QV_AUDIO_PARAM.config (default: AAC-LC at the recording's rate and "
                       "channels)")
-      ->type_name("HEX");
+      ->type_name("HEX")
+      ->check(CLI::Validator(
+          [](std::string& text) {
+            std::vector<uint8_t> bytes;
+            return ParseHex(text, &bytes) ? std::string()
+                                          : "wants 1 to 64 bytes of hexadecimal, as 1408";
+          },
+          "HEX"));
 }

@@ -201,6 +201,12 @@ int RunLive(const Cli& cli, const LiveOptions& o) {
   }
   int seconds = static_cast<int>(o.seconds + 0.5);
   if (seconds < 1) seconds = 1;
+  {
+    // The statistics of a recording count from its start.
+    std::lock_guard<std::mutex> lock(stats.mu);
+    stats.video_frames = stats.key_frames = stats.audio_frames = stats.bytes = 0;
+    stats.first_video_ms = stats.last_video_ms = -1;
+  }
   long started = IP_NET_DVR_StartRecord(handle, o.record.c_str(), seconds, 0);
   if (started != 0) return FailResult("recording " + o.record, started);
   Progress progress("recording " + o.record);

@@ -1,6 +1,9 @@
 // quorvel: the command-line client of the library. "quorvel --help" lists
 // the subcommands; "quorvel SUBCOMMAND --help" explains one.
+#include <algorithm>
 #include <cstdio>
+#include <string>
+#include <vector>
 
 #include "cli.h"
 #include "notices.h"
@@ -58,8 +61,15 @@ int main(int argc, char** argv) {
   AddLiveCommand(cli);
   AddConvertCommand(cli);
 
+  // "quorvel help [SUBCOMMAND]" is --help in other words.
+  std::vector<std::string> args(argv + 1, argv + argc);
+  if (!args.empty() && args[0] == "help") {
+    args.erase(args.begin());
+    args.push_back("--help");
+  }
+  std::reverse(args.begin(), args.end());  // CLI11 takes them last first
   try {
-    app.parse(argc, argv);
+    app.parse(args);
   } catch (const CLI::ParseError& e) {
     int status = app.exit(e);
     return status == 0 ? 0 : 2;

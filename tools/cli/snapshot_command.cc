@@ -20,8 +20,12 @@ int RunSnapshot(const Cli& cli, const SnapshotOptions& o) {
   Library library(cli.log);
   CameraSession session(cli.connection);
   if (!session.Open()) return 1;
-  long result =
-      IP_NET_DVR_SnapPic(session.id(), o.stream, o.quality, o.path.c_str(), session.TimeoutMs());
+  long result;
+  {
+    StdoutToStderr quiet;  // the library announces the picture's download there
+    result = IP_NET_DVR_SnapPic(session.id(), o.stream, o.quality, o.path.c_str(),
+                                session.TimeoutMs());
+  }
   if (result != 0) return FailResult(what, result);
   struct stat st;
   if (stat(o.path.c_str(), &st) != 0) return Fail(what + " failed: no picture arrived");

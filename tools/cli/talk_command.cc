@@ -16,6 +16,7 @@ namespace {
 // PCM talk (the library's audio types 3 and up carry rate and channels).
 const int kPcmAudioType = 3;
 const int kFrameMs = 40;
+const int kDrainMs = 300;
 
 struct TalkOptions {
   std::string path;
@@ -77,6 +78,9 @@ int RunTalk(const Cli& cli, const TalkOptions& o) {
       std::this_thread::sleep_until(start + std::chrono::milliseconds(frames * kFrameMs));
     }
   }
+  // The library cannot tell when its last frame left, and a stop drops the
+  // frames still waiting: give the sender a moment to empty its queue.
+  if (!Interrupted()) std::this_thread::sleep_for(std::chrono::milliseconds(kDrainMs));
   since = Notices::Instance().End();
   long stopped = IP_NET_DVR_StopVoiceCom(id);
   if (stopped < 0) return FailResult(what + " stop", stopped);
