@@ -15,8 +15,9 @@
 //                       measured per-stream CPU)
 // BM_RecordBesideFfmpeg runs one recording stream and one
 // `ffmpeg -rtsp_transport tcp -i URL -c copy out.avi` on the same shared
-// emulator stream over the same 20 s window; ffmpeg's CPU time comes
-// from /proc/PID/stat (utime + stime) at both ends of the window.
+// emulator stream over the same 40 s window, 5 s after both files are
+// under way; ffmpeg's CPU time comes from /proc/PID/stat (utime + stime) at
+// both ends of the window.
 #include <benchmark/benchmark.h>
 #include <signal.h>
 #include <spawn.h>
@@ -224,7 +225,7 @@ BENCHMARK(BM_RecordLive1080p)->Arg(1)->Arg(8)->Arg(32)->Iterations(1)->Unit(benc
     ->UseRealTime();
 
 // One stream recorded by the library and the same shared stream copied into
-// an AVI file by ffmpeg, measured over one 20 s window (ffmpeg's CPU time
+// an AVI file by ffmpeg, measured over one 40 s window (ffmpeg's CPU time
 // is counted in 10 ms ticks).
 void BM_RecordBesideFfmpeg(benchmark::State& state) {
   benchsupport::EmulatorProcess emu;
@@ -262,7 +263,9 @@ void BM_RecordBesideFfmpeg(benchmark::State& state) {
   while (ready && FileBytes(ff_file) < 100000 && GetTickCount() < deadline + 30000) SleepMs(50);
   if (!ready || FileBytes(ff_file) < 100000) state.SkipWithError("recordings did not start");
 
-  const int seconds = 20;
+  // Both have settled (buffers grown, files under way) before the window.
+  SleepMs(5000);
+  const int seconds = 40;
   double lib0 = benchsupport::CpuSeconds(), ff0 = ProcessCpuSeconds(ffmpeg.pid);
   long video0 = counters[0].video;
   unsigned long t0 = GetTickCount();

@@ -245,12 +245,12 @@ void CAvStreamSource::DeliverParams() {
   pull_->ReportStatus(EVENT_RECVVIDEOAUDIOPARAM, pull_->Address().c_str());
 }
 
-double CAvStreamSource::StampMs(AVPacket* packet, CStreamClock::Medium medium) {
+double CAvStreamSource::StampMs(AVPacket* packet, unsigned long now, CStreamClock::Medium medium) {
   int64_t t = packet->pts != AV_NOPTS_VALUE ? packet->pts : packet->dts;
   int64_t ms = t == AV_NOPTS_VALUE ? 0
                                    : av_rescale_q(t, ctx_->streams[packet->stream_index]->time_base,
                                                   AVRational{1, 1000});
-  return clock_.Map(ms, t != AV_NOPTS_VALUE, GetTickCount(), medium);
+  return clock_.Map(ms, t != AV_NOPTS_VALUE, now, medium);
 }
 
 void CAvStreamSource::DeliverVideo(AVPacket* packet) {
@@ -266,9 +266,15 @@ void CAvStreamSource::DeliverVideo(AVPacket* packet) {
       size = scratch_.size();
     }
     bool idr = false;
-    for (const NalUnit& unit : SplitAnnexB(data, size)) idr |= unit.type == 5;
+    bool sets = false;
+    CNalScanner scanner(data, size);
+    NalUnit unit;
+    while (scanner.Next(&unit)) {
+      idr |= unit.type == 5;
+      sets |= unit.type == 7 || unit.type == 8;
+    }
     key = (idr || key) ? 1 : 0;
-    if (h264_sets_.Learn(data, size)) {
+    if (sets && h264_sets_.Learn(data, size)) {
       std::vector<uint8_t> sets = h264_sets_.AnnexB();
       if (sets.size() <= sizeof(param_.video.config)) {
         memset(param_.video.config, 0, sizeof(param_.video.config));
@@ -293,7 +299,9 @@ void CAvStreamSource::DeliverVideo(AVPacket* packet) {
     }
   }
   if (size > static_cast<size_t>(INT32_MAX) || Stopping()) return;
-  double ts = StampMs(packet, CStreamClock::kVideo);
+  // One clock reading per frame serves its stamp and the watchdog.
+  unsigned long now = GetTickCount();
+  double ts = StampMs(packet, now, CStreamClock::kVideo);
   if (param_.video.frame_rate == 0) {
     int fps = rate_probe_.Add(ts);
     if (fps > 0) {
@@ -301,13 +309,14 @@ void CAvStreamSource::DeliverVideo(AVPacket* packet) {
       DeliverParams();
     }
   }
-  pull_->SetLastDataTick(GetTickCount());
+  pull_->SetLastDataTick(now);
   pull_->OnGetVideoFrame(const_cast<uint8_t*>(data), static_cast<int>(size), key, ts);
 }
 
 void CAvStreamSource::DeliverAudio(AVPacket* packet) {
   if (packet->size <= 0 || Stopping()) return;
-  double ts = StampMs(packet, CStreamClock::kAudio);
-  pull_->SetLastDataTick(GetTickCount());
+  unsigned long now = GetTickCount();
+  double ts = StampMs(packet, now, CStreamClock::kAudio);
+  pull_->SetLastDataTick(now);
   pull_->OnGetAudioFrame(packet->data, packet->size, 0, ts);
 }

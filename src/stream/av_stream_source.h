@@ -42,8 +42,9 @@ class CAvStreamSource {
   void DeliverParams();
   void DeliverVideo(AVPacket* packet);
   void DeliverAudio(AVPacket* packet);
-  // The packet's time on the stream's one clock (see CStreamClock).
-  double StampMs(AVPacket* packet, CStreamClock::Medium medium);
+  // The packet's time on the stream's one clock (see CStreamClock); now is
+  // its arrival on the monotonic clock.
+  double StampMs(AVPacket* packet, unsigned long now, CStreamClock::Medium medium);
   bool Stopping() const;
   static int InterruptCallback(void* opaque);
 

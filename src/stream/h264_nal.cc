@@ -1,5 +1,7 @@
 #include "stream/h264_nal.h"
 
+#include <cstring>
+
 namespace {
 const uint8_t kStartCode[4] = {0, 0, 0, 1};
 
@@ -20,27 +22,50 @@ int IsH264KeyFrame(const unsigned char* data, int length) {
   return 0;
 }
 
-std::vector<NalUnit> SplitAnnexB(const uint8_t* data, size_t size) {
-  std::vector<NalUnit> units;
-  size_t i = 0;
-  size_t begin = 0;
-  bool in_unit = false;
-  while (i + 3 <= size) {
-    if (data[i] == 0 && data[i + 1] == 0 && data[i + 2] == 1) {
-      if (in_unit) {
-        size_t end = i;
-        // A 4-byte start code leaves its leading zero on the previous unit.
-        while (end > begin && data[end - 1] == 0) --end;
-        if (end > begin) units.push_back({data + begin, end - begin, data[begin] & 0x1F});
-      }
-      i += 3;
-      begin = i;
-      in_unit = true;
+CNalScanner::CNalScanner(const uint8_t* data, size_t size) : data_(data), size_(size) {
+  size_t first = data != nullptr ? FindStartCode(0) : size;
+  begin_ = first < size ? first + 3 : size;
+}
+
+// Start codes are found through their first zero, with memchr: frames are
+// scanned in full, most of their bytes are slice data, and zeros are rarer
+// there than ones.
+size_t CNalScanner::FindStartCode(size_t from) const {
+  while (from + 3 <= size_) {
+    const void* zero = memchr(data_ + from, 0, size_ - from - 2);
+    if (zero == nullptr) return size_;
+    size_t at = static_cast<size_t>(static_cast<const uint8_t*>(zero) - data_);
+    if (data_[at + 1] == 0 && data_[at + 2] == 1) return at;
+    from = at + 1;
+  }
+  return size_;
+}
+
+bool CNalScanner::Next(NalUnit* unit) {
+  while (begin_ < size_) {
+    size_t begin = begin_;
+    size_t start = FindStartCode(begin);
+    size_t end = start;
+    if (start < size_) {
+      // A 4-byte start code leaves its leading zero on the previous unit.
+      while (end > begin && data_[end - 1] == 0) --end;
+      begin_ = start + 3;
     } else {
-      ++i;
+      begin_ = size_;
+    }
+    if (end > begin) {
+      *unit = {data_ + begin, end - begin, data_[begin] & 0x1F};
+      return true;
     }
   }
-  if (in_unit && size > begin) units.push_back({data + begin, size - begin, data[begin] & 0x1F});
+  return false;
+}
+
+std::vector<NalUnit> SplitAnnexB(const uint8_t* data, size_t size) {
+  std::vector<NalUnit> units;
+  CNalScanner scanner(data, size);
+  NalUnit unit;
+  while (scanner.Next(&unit)) units.push_back(unit);
   return units;
 }
 
@@ -84,16 +109,24 @@ bool LengthPrefixedToAnnexB(const uint8_t* data, size_t size, int nal_length_siz
 
 bool CH264ParamSets::Learn(const uint8_t* data, size_t size) {
   bool changed = false;
-  for (const NalUnit& unit : SplitAnnexB(data, size)) {
+  CNalScanner scanner(data, size);
+  NalUnit unit;
+  while (scanner.Next(&unit)) {
     std::vector<uint8_t>* slot = unit.type == 7 ? &sps_ : unit.type == 8 ? &pps_ : nullptr;
     if (slot == nullptr) continue;
-    std::vector<uint8_t> bytes(unit.data, unit.data + unit.size);
-    if (*slot != bytes) {
-      *slot = std::move(bytes);
+    if (slot->size() != unit.size || memcmp(slot->data(), unit.data, unit.size) != 0) {
+      slot->assign(unit.data, unit.data + unit.size);
       changed = true;
     }
   }
   return changed;
+}
+
+bool CH264ParamSets::LedBySets(const uint8_t* data, size_t size) {
+  if (size < 4 || data[0] != 0 || data[1] != 0 || data[2] != 0 || data[3] != 1) return false;
+  CNalScanner scanner(data, size);
+  NalUnit first, second;
+  return scanner.Next(&first) && first.type == 7 && scanner.Next(&second) && second.type == 8;
 }
 
 std::vector<uint8_t> CH264ParamSets::AnnexB() const {
@@ -106,14 +139,11 @@ std::vector<uint8_t> CH264ParamSets::AnnexB() const {
 
 bool CH264ParamSets::CompleteKeyFrame(const uint8_t* data, size_t size,
                                       std::vector<uint8_t>* out) const {
-  if (!Known()) return false;
+  if (!Known() || LedBySets(data, size)) return false;
   std::vector<NalUnit> units = SplitAnnexB(data, size);
   bool idr = false;
   for (const NalUnit& unit : units) idr |= unit.type == 5;
   if (!idr) return false;
-  if (units.size() >= 2 && units[0].type == 7 && units[1].type == 8 && data[0] == 0 &&
-      data[1] == 0 && data[2] == 0 && data[3] == 1)
-    return false;
   *out = AnnexB();
   for (const NalUnit& unit : units) {
     if (unit.type != 9 && unit.type != 7 && unit.type != 8) AppendUnit(out, unit.data, unit.size);

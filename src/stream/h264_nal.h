@@ -18,8 +18,26 @@ struct NalUnit {
   int type;             // nal_unit_type
 };
 
-// The NAL units of an Annex-B buffer (3- or 4-byte start codes). Bytes
-// before the first start code are skipped.
+// Walks the NAL units of an Annex-B buffer (3- or 4-byte start codes) in
+// place. Bytes before the first start code are skipped; a unit ends where
+// the next start code begins, without the zeros ahead of it; empty units
+// are skipped.
+class CNalScanner {
+ public:
+  CNalScanner(const uint8_t* data, size_t size);
+  // The next unit into *unit; false at the end.
+  bool Next(NalUnit* unit);
+
+ private:
+  // Where the next 00 00 01 at or after `from` begins; size_ when none.
+  size_t FindStartCode(size_t from) const;
+
+  const uint8_t* data_;
+  size_t size_;
+  size_t begin_;  // first byte of the current unit; size_ when done
+};
+
+// The NAL units of an Annex-B buffer, as CNalScanner walks them.
 std::vector<NalUnit> SplitAnnexB(const uint8_t* data, size_t size);
 
 // An avcC record (ISO/IEC 14496-15) as Annex-B SPS and PPS units. Empty when
@@ -38,6 +56,9 @@ class CH264ParamSets {
   // Takes the SPS and PPS units found in an Annex-B buffer; true when they
   // differ from the ones known before.
   bool Learn(const uint8_t* data, size_t size);
+  // True when the buffer begins with a 4-byte start code, an SPS and then a
+  // PPS.
+  static bool LedBySets(const uint8_t* data, size_t size);
   // SPS then PPS, each with a 4-byte start code; empty while unknown.
   std::vector<uint8_t> AnnexB() const;
   bool Known() const { return !sps_.empty() && !pps_.empty(); }

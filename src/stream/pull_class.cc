@@ -6,10 +6,6 @@
 #include "stream/record_task.h"
 #include "stream/rtsp_object_list.h"
 
-namespace {
-const char kRecordLock[] = "record_task_object";
-}  // namespace
-
 std::atomic<int> CPullClass::live_count_{0};
 
 CPullClass::CPullClass(CRTSPObjectList* owner, int pull_mode, int auto_reconnect)
@@ -46,18 +42,22 @@ CPullClass* CPullClass::Add(const char* address, const char* user, const char* p
 }
 
 int CPullClass::OnGetVideoFrame(unsigned char* data, int length, int flag, double timestamp) {
-  Lock(kRecordLock);
-  if (recording_ && record_task_ != nullptr && record_task_->IsRunning())
+  record_lock_.lock();
+  if (recording_ && record_task_ != nullptr && record_task_->IsRunning()) {
     record_task_->VideoRing()->Write(data, length, flag, timestamp);
-  UnLock(kRecordLock);
+    record_task_->FramesArrived();
+  }
+  record_lock_.unlock();
   return OnCallBack(data, length, flag, timestamp, QV_FRAME_VIDEO);
 }
 
 int CPullClass::OnGetAudioFrame(unsigned char* data, int length, int flag, double timestamp) {
-  Lock(kRecordLock);
-  if (recording_ && record_task_ != nullptr && record_task_->IsRunning())
+  record_lock_.lock();
+  if (recording_ && record_task_ != nullptr && record_task_->IsRunning()) {
     record_task_->AudioRing()->Write(data, length, flag, timestamp);
-  UnLock(kRecordLock);
+    record_task_->FramesArrived();
+  }
+  record_lock_.unlock();
   return OnCallBack(data, length, flag, timestamp, QV_FRAME_AUDIO);
 }
 
@@ -127,10 +127,10 @@ int CPullClass::StartRecord(const char* name, int max_file_seconds, int duration
     delete task;
     return -8999971;
   }
-  Lock(kRecordLock);
+  record_lock_.lock();
   record_task_ = task;
   recording_ = 1;
-  UnLock(kRecordLock);
+  record_lock_.unlock();
   QV_LOG("[%s:%d]record start: %s, file seconds %d, duration %d, by file name %d", name,
          max_file_seconds, duration_seconds, by_file_name);
   return 0;
@@ -144,43 +144,44 @@ int CPullClass::StopRecord() {
 }
 
 CRecordTask* CPullClass::DetachRecordTask() {
-  Lock(kRecordLock);
+  record_lock_.lock();
   CRecordTask* task = record_task_;
   record_task_ = nullptr;
   recording_ = 0;
-  UnLock(kRecordLock);
+  record_lock_.unlock();
   return task;
 }
 
 int CPullClass::RecordFrame(int type, const unsigned char* data, int length, int flag,
                             double timestamp) {
-  Lock(kRecordLock);
+  record_lock_.lock();
   int ret = -8999972;
   if (recording_ && record_task_ != nullptr) {
     ret = 0;
     if (record_task_->IsRunning()) {
       CRingBuffer* ring = type == QV_FRAME_VIDEO ? record_task_->VideoRing() : record_task_->AudioRing();
       ring->Write(data, length, flag, timestamp);
+      record_task_->FramesArrived();
     }
   }
-  UnLock(kRecordLock);
+  record_lock_.unlock();
   return ret;
 }
 
 int CPullClass::IsRecording() {
-  Lock(kRecordLock);
+  record_lock_.lock();
   int recording = recording_;
-  UnLock(kRecordLock);
+  record_lock_.unlock();
   return recording;
 }
 
 int CPullClass::PendingRecordFrames() {
-  Lock(kRecordLock);
+  record_lock_.lock();
   int pending = record_task_ != nullptr
                     ? record_task_->VideoRing()->GetReadCount() +
                           record_task_->AudioRing()->GetReadCount()
                     : 0;
-  UnLock(kRecordLock);
+  record_lock_.unlock();
   return pending;
 }
 

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cstdio>
+#include <mutex>
 #include <string>
 
 #include "base/thread_class.h"
@@ -133,7 +134,10 @@ class CPullClass : public CThreadClass, public CGetFrameActionClass {
   QV_RealDataCallBack callback_ = nullptr;
   void* user_data_ = nullptr;
   std::atomic<bool> stopped_by_host_{false};
-  int recording_ = 0;                    // under "record_task_object"
-  CRecordTask* record_task_ = nullptr;   // under "record_task_object"
+  // The "record_task_object" lock: frame delivery and the start and stop
+  // of a recording meet here. A plain mutex, taken twice per frame.
+  std::mutex record_lock_;
+  int recording_ = 0;                    // under record_lock_
+  CRecordTask* record_task_ = nullptr;   // under record_lock_
   static std::atomic<int> live_count_;
 };

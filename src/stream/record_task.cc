@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <new>
 
@@ -21,9 +22,15 @@ namespace {
 
 const int kRingSlots = 30;
 const int kMediaBufferSize = 1024000;
-const int kWriteBufferSize = 2097142;
 const unsigned long kAliveLogMs = 20000;
 const int kMinFileSeconds = 10;
+// A ring this full wakes the record thread (half of the 29 frames it holds).
+const int kWakeFrames = 15;
+// The longest idle wait: a batch of frames is written at least this often.
+const unsigned long kIdleWaitMs = 300;
+// The wait while a file's length is about to pass: the key frame that ends
+// it is then seen as soon as it arrives, not a whole batch later.
+const unsigned long kNearEndWaitMs = 50;
 const int kMaxFileSeconds = 3600;
 
 // Codec text of a parameter block, terminated within its field.
@@ -140,9 +147,46 @@ std::string CRecordTask::FreeSpaceFolder() {
   return FolderOfFile(storage_base_);
 }
 
-int CRecordTask::Start(int stack_size) { return CThreadClass::Start(stack_size); }
+int CRecordTask::Start(int stack_size) {
+  Kill(0);
+  {
+    std::lock_guard<std::mutex> guard(wake_mutex_);
+    stop_asked_ = false;
+  }
+  return CThreadClass::Start(stack_size);
+}
 
 int CRecordTask::Stop() { return Kill(-1); }
+
+int CRecordTask::Kill(int wait) {
+  if (IsRunning()) {
+    {
+      std::lock_guard<std::mutex> guard(wake_mutex_);
+      stop_asked_ = true;
+    }
+    wake_.notify_all();
+  }
+  return CThreadClass::Kill(wait);
+}
+
+void CRecordTask::FramesArrived() {
+  if (!waiting_) return;
+  if (video_ring_.GetReadCount() < kWakeFrames && audio_ring_.GetReadCount() < kWakeFrames) return;
+  {
+    std::lock_guard<std::mutex> guard(wake_mutex_);
+    wake_pending_ = true;
+  }
+  wake_.notify_one();
+}
+
+void CRecordTask::WaitForFrames(unsigned long ms) {
+  std::unique_lock<std::mutex> lock(wake_mutex_);
+  waiting_ = true;
+  wake_.wait_for(lock, std::chrono::milliseconds(ms),
+                 [this] { return wake_pending_ || stop_asked_; });
+  waiting_ = false;
+  wake_pending_ = false;
+}
 
 void CRecordTask::Destroy(CRecordTask* task) {
   if (task == nullptr) return;
@@ -239,7 +283,13 @@ int CRecordTask::Thread() {
         continue;
       }
       int file_seconds = FileLengthSeconds(remaining_seconds_, max_file_seconds_);
-      RecordFrames(media, file_seconds);
+      // The frame buffer starts the spares the rings take in exchange for
+      // the frames handed over.
+      if (media != nullptr) {
+        spares_[0].push_back({media, kMediaBufferSize, 0});
+        media = nullptr;
+      }
+      RecordFrames(file_seconds);
       QV_LOG("[%s:%d]record one file exit loop,start close avi file.\n");
       unsigned long elapsed_ms = NowMs() - begin_ms_;
       ret = RecordEnd();
@@ -252,14 +302,18 @@ int CRecordTask::Thread() {
     }
   }
   delete[] media;
+  ReleaseBuffers();
   SendEvent(EVENT_RECORD_TASKEND, "");
   QV_LOG("[%s:%d]CRecordTask::RecordThreadAction record task exited.\n");
   return 0;
 }
 
-void CRecordTask::RecordFrames(unsigned char* media, int file_seconds) {
+void CRecordTask::RecordFrames(int file_seconds) {
   const unsigned long file_ms = static_cast<unsigned long>(file_seconds) * 1000UL;
-  const unsigned long idle_ms = ScaledMs(50);
+  // Frames arrive one by one; they are written in batches, so that the
+  // thread wakes a few times a second rather than for every frame.
+  const unsigned long idle_ms = ScaledMs(kIdleWaitMs);
+  const unsigned long near_end_ms = ScaledMs(kNearEndWaitMs);
   unsigned long alive_at = GetTickCount();
   // A file given up after a failed write keeps its turn: its frames are
   // taken and dropped until its length has passed, so a failing disk is
@@ -276,6 +330,7 @@ void CRecordTask::RecordFrames(unsigned char* media, int file_seconds) {
       int key = 0;
       if (video_ring_.IsKeyFrame(&key) && key != 0) {
         QV_LOG("[%s:%d]avi record duration reached.\n");
+        FlushChunks();
         return;
       }
     }
@@ -283,25 +338,32 @@ void CRecordTask::RecordFrames(unsigned char* media, int file_seconds) {
     bool has_video = video_ring_.GetReadTimeStamp(&video_ts) != 0;
     bool has_audio = audio_enable_ && audio_ring_.GetReadTimeStamp(&audio_ts) != 0;
     if (!has_video && !has_audio) {
-      SleepMs(idle_ms);
+      // What was gathered goes to the file before the thread waits.
+      FlushChunks();
+      WaitForFrames(elapsed + kIdleWaitMs >= file_ms ? near_end_ms : idle_ms);
       continue;
     }
-    int flag = 0;
+    int flag = 0, length = 0;
     double ts = 0;
+    FrameBuffer taken;
     if (has_audio && (!has_video || audio_ts <= video_ts)) {
-      int length = audio_ring_.Read(media, kMediaBufferSize, &flag, &ts);
-      if (length > 0) RecordOneAudioFrame(media, length, flag);
+      unsigned char* frame = TakeFrame(&audio_ring_, &length, &flag, &ts, &taken);
+      if (frame != nullptr && length > 0) RecordOneAudioFrame(frame, length, flag);
+      FrameDone(taken);
       continue;
     }
     if (audio_enable_ && !has_audio) QV_LOG("[%s:%d][%s][%d]read v\n", "record", video_frames_);
-    int length = video_ring_.Read(media, kMediaBufferSize, &flag, &ts);
-    if (length <= 0) {
+    unsigned char* frame = TakeFrame(&video_ring_, &length, &flag, &ts, &taken);
+    if (frame == nullptr || length <= 0) {
+      FrameDone(taken);
       QV_LOG("[%s:%d]read video frame failed!\n");
       SleepMs(ScaledMs(10));
       continue;
     }
-    RecordOneVideoFrame(media, length, flag);
+    RecordOneVideoFrame(frame, length, flag);
+    FrameDone(taken);
   }
+  FlushChunks();
 }
 
 int CRecordTask::MakeFileNames() {
@@ -357,22 +419,17 @@ int CRecordTask::RecordBegin() {
   // A directory recording never takes over another file; a named file is
   // the caller's to overwrite.
   int flags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | (by_file_name_ ? 0 : O_EXCL);
-  int fd = open(temp_name_.c_str(), flags, 0644);
-  if (!write_buffer_) write_buffer_.reset(new (std::nothrow) char[kWriteBufferSize]);
-  record_fp_ = fd >= 0 ? fdopen(fd, "wb") : nullptr;
-  if (record_fp_ == nullptr) {
-    if (fd >= 0) close(fd);
+  header_written_ = false;
+  if (file_.Open(temp_name_.c_str(), flags) != 0) {
     SendEvent(EVNET_RECORD_FILEBEGIN_ERROR, temp_name_.c_str());
     QV_LOG("[%s:%d]open %s failed!\n", temp_name_.c_str());
     return -2;
   }
-  if (write_buffer_) setvbuf(record_fp_, write_buffer_.get(), _IOFBF, kWriteBufferSize);
   SendEvent(EVNET_RECORD_FILEBEGIN, final_name_.c_str());
   if (WriteAVIHeader() != 0) {
     SendEvent(EVNET_RECORD_WRITE_FILE_ERROR, final_name_.c_str());
     QV_LOG("[%s:%d]write avi header failed!\n");
-    fclose(record_fp_);
-    record_fp_ = nullptr;
+    file_.Close();
     remove(temp_name_.c_str());
     return -4;
   }
@@ -381,14 +438,13 @@ int CRecordTask::RecordBegin() {
 }
 
 int CRecordTask::RecordEnd() {
-  if (record_fp_ == nullptr) return -1;
+  if (!file_.IsOpen() || !FlushChunks()) return -1;
   int result = 0;
   if (WriteAVIIndex() != 0) result = -1;
   UpdateAVIHeader();
   if (WriteAVIHeader() != 0) result = -1;
   QV_LOG("[%s:%d]write finished. start flush and closing...\n");
-  if (fclose(record_fp_) != 0) result = -1;
-  record_fp_ = nullptr;
+  if (file_.Close() != 0) result = -1;
   QV_LOG("[%s:%d]change file name from: %s to %s\n", temp_name_.c_str(), final_name_.c_str());
   if (rename(temp_name_.c_str(), final_name_.c_str()) != 0) {
     QV_LOG("[%s:%d]rename %s failed, errno=%d\n", temp_name_.c_str(), errno);
@@ -401,8 +457,4 @@ int CRecordTask::RecordEnd() {
   return 0;
 }
 
-void CRecordTask::GiveUpFile() {
-  if (record_fp_ == nullptr) return;
-  fclose(record_fp_);
-  record_fp_ = nullptr;
-}
+void CRecordTask::GiveUpFile() { file_.Close(); }

@@ -3,7 +3,7 @@
 // The stream's owner writes every video and audio frame into the task's two
 // rings (VideoRing()/AudioRing(), 30 slots each, fed with Write only: flag =
 // key-frame mark for video, time stamp in milliseconds on one clock for both)
-// under its named lock "record_task_object". The record thread takes frames
+// under its "record_task_object" lock. The record thread takes frames
 // out in time order (audio first on equal stamps) and writes them to the
 // current file; once the file length has passed it starts the next file at
 // the next video key frame, until the recording's duration is used up or
@@ -47,15 +47,18 @@
 #pragma once
 
 #include <atomic>
+#include <condition_variable>
 #include <cstdint>
 #include <cstdio>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
 #include "base/thread_class.h"
 #include "quorvel/quorvel.h"
+#include "stream/avi_chunk_writer.h"
 #include "stream/frame_action.h"
 #include "stream/ring_buffer.h"
 
@@ -78,6 +81,8 @@ class CRecordTask : public CThreadClass {
 
   int Start(int stack_size = 0) override;  // starts the record thread
   int Stop();  // stops and joins it; the open file is closed and renamed
+  // Wakes the record thread out of its wait first, then CThreadClass::Kill.
+  int Kill(int wait) override;
   int Thread() override;
   // Thread() and its bookkeeping; then destroys the task when Destroy was
   // called on its own thread.
@@ -97,6 +102,9 @@ class CRecordTask : public CThreadClass {
 
   CRingBuffer* VideoRing() { return &video_ring_; }  // "record_video_inbuffer"
   CRingBuffer* AudioRing() { return &audio_ring_; }  // "record_audio_inbuffer"
+  // Told by the writer after each frame: once a ring is half full, the
+  // record thread is woken instead of sleeping out its idle wait.
+  void FramesArrived();
 
   // One file: opens and writes the header (0; -1 header or folder, -2 open,
   // -4 header write), and closes it with index, final header and rename.
@@ -129,6 +137,12 @@ class CRecordTask : public CThreadClass {
   int AudioFrames() const { return audio_frames_; }
 
  private:
+  // A frame buffer taken out of a ring, with its allocation.
+  struct FrameBuffer {
+    unsigned char* data = nullptr;
+    int size = 0;
+    int ring = 0;  // 0 video, 1 audio: buffers go back to the ring they came from
+  };
   struct IndexEntry {
     uint32_t flags;
     uint64_t offset;
@@ -136,16 +150,32 @@ class CRecordTask : public CThreadClass {
   };
 
   unsigned long NowMs();
+  // Waits while the rings fill: until FramesArrived wakes it, a stop, or
+  // ms have passed.
+  void WaitForFrames(unsigned long ms);
   void SendEvent(int event, const char* text);
   // Writes frames into the file until the stop, or the file length followed
   // by a key frame.
-  void RecordFrames(unsigned char* media, int file_seconds);
+  void RecordFrames(int file_seconds);
+  // The oldest frame of a ring, its buffer taken in exchange for a spare;
+  // null when there is none.
+  unsigned char* TakeFrame(CRingBuffer* ring, int* length, int* flag, double* ts,
+                           FrameBuffer* taken);
+  // After a frame was recorded: its buffer waits for the flush when the
+  // file refers to it, else it is a spare again.
+  void FrameDone(const FrameBuffer& taken);
+  void Recycle(const FrameBuffer& buffer);
+  void ReleaseBuffers();
+  // Queues one chunk: head, the VOL bytes if any, the frame. 0, or -1 when
+  // the file had to be given up.
+  int QueueChunk(const char* id, const unsigned char* vol, int vol_length,
+                 const unsigned char* data, int length);
+  // Writes the queued chunks; the frame buffers they referred to become
+  // spares. False (the file given up) when the write failed.
+  bool FlushChunks();
   int MakeFileNames();  // final_name_ and temp_name_ (0, or -1)
   // Closes the file after a failed write, keeping its ".tmp" name.
   void GiveUpFile();
-  bool WriteBytes(const void* data, size_t length);
-  // A chunk's identifier and length; -1 (file given up) when they failed.
-  int WriteChunkHead(const char* id, int length);
 
   __STREAM_AV_PARAM params_;
   int max_file_seconds_ = 0;
@@ -166,8 +196,13 @@ class CRecordTask : public CThreadClass {
   CRingBuffer video_ring_;
   CRingBuffer audio_ring_;
 
-  FILE* record_fp_ = nullptr;
-  std::unique_ptr<char[]> write_buffer_;
+  CAviChunkWriter file_;
+  bool header_written_ = false;
+  bool referred_ = false;               // the last frame stays in the file's queue
+  std::vector<FrameBuffer> in_flight_;  // referred to by queued chunks
+  // Per ring, handed back for the frames taken: each ring keeps buffers of
+  // the sizes its frames need, so none is re-allocated.
+  std::vector<FrameBuffer> spares_[2];
   std::vector<unsigned char> header_;
   std::vector<IndexEntry> index_;
   int video_frames_ = 0;
@@ -184,6 +219,11 @@ class CRecordTask : public CThreadClass {
   std::vector<std::string> finished_;
   std::function<unsigned long()> clock_;
   std::unique_ptr<CGetFrameActionClass> owned_sink_;
+  std::mutex wake_mutex_;
+  std::condition_variable wake_;
+  bool wake_pending_ = false;       // under wake_mutex_
+  bool stop_asked_ = false;         // under wake_mutex_
+  std::atomic<bool> waiting_{false};  // the record thread is in WaitForFrames
   bool delete_when_done_ = false;  // only touched on the record thread
   static std::atomic<int> live_count_;
 };

@@ -14,6 +14,14 @@ const int kTrailerSize = 32;
 const uint32_t kKeyFlag = 16;
 // Entries that still give an index length within 31 bits.
 const size_t kMaxIndexEntries = (0x7FFFFFFF - 16) / 32;
+// Frames up to this size (audio) are copied into the file's queue; larger
+// ones are written from the buffer they arrived in.
+const int kCopiedFrameBytes = 512;
+// Frame buffers held for one write, and spares kept for the rings.
+const size_t kMaxInFlight = 16;
+const size_t kMaxSpares = 32;
+static_assert(12 + sizeof(QV_VIDEO_PARAM::config) + kCopiedFrameBytes <= CAviChunkWriter::kCopyBytes,
+              "a chunk's copied bytes fit the writer's buffer");
 
 void PutLe32(unsigned char* p, uint32_t value) {
   for (int i = 0; i < 4; ++i) p[i] = static_cast<unsigned char>((value >> (8 * i)) & 0xFF);
@@ -59,16 +67,12 @@ int CRecordTask::UpdateAVIHeader() {
   return 0;
 }
 
-bool CRecordTask::WriteBytes(const void* data, size_t length) {
-  return record_fp_ != nullptr && fwrite(data, 1, length, record_fp_) == length;
-}
-
 int CRecordTask::WriteAVIHeader() {
-  if (record_fp_ == nullptr || header_.empty()) return -1;
-  if (fseek(record_fp_, 0, SEEK_SET) != 0) return -1;
-  bool ok = WriteBytes(header_.data(), header_.size());
-  if (fseek(record_fp_, 0, SEEK_END) != 0) ok = false;
-  return ok ? 0 : -1;
+  if (!file_.IsOpen() || header_.empty()) return -1;
+  if (header_written_) return file_.WriteAt(0, header_.data(), header_.size()) ? 0 : -1;
+  // A new file starts with it; the chunks follow.
+  header_written_ = file_.Refer(header_.data(), header_.size()) && file_.Flush();
+  return header_written_ ? 0 : -1;
 }
 
 int CRecordTask::InitAVIIndex() {
@@ -114,7 +118,7 @@ int CRecordTask::WriteAVIIndex() {
     AviPutWord(p + 24, e.length);
     p += 32;
   }
-  bool ok = WriteBytes(buf, length);
+  bool ok = FlushChunks() && file_.Refer(buf, length) && file_.Flush();
   delete[] buf;
   if (!ok) {
     QV_LOG("[%s:%d]write avi index failed, errno=%d\n", errno);
@@ -123,25 +127,90 @@ int CRecordTask::WriteAVIIndex() {
   return 0;
 }
 
-int CRecordTask::WriteChunkHead(const char* id, int length) {
+bool CRecordTask::FlushChunks() {
+  bool ok = !file_.IsOpen() || file_.Flush();
+  if (!ok) {
+    QV_LOG("[%s:%d]write frame data failed, errno=%d\n", errno);
+    GiveUpFile();
+  }
+  for (const FrameBuffer& b : in_flight_) Recycle(b);
+  in_flight_.clear();
+  return ok;
+}
+
+void CRecordTask::FrameDone(const FrameBuffer& taken) {
+  if (referred_) {
+    in_flight_.push_back(taken);
+  } else {
+    Recycle(taken);
+  }
+  referred_ = false;
+}
+
+void CRecordTask::Recycle(const FrameBuffer& buffer) {
+  if (buffer.data == nullptr) return;
+  std::vector<FrameBuffer>& spares = spares_[buffer.ring];
+  if (spares.size() < kMaxSpares) {
+    spares.push_back(buffer);
+  } else {
+    delete[] buffer.data;
+  }
+}
+
+void CRecordTask::ReleaseBuffers() {
+  for (const FrameBuffer& b : in_flight_) delete[] b.data;
+  for (std::vector<FrameBuffer>& spares : spares_) {
+    for (const FrameBuffer& b : spares) delete[] b.data;
+    spares.clear();
+  }
+  in_flight_.clear();
+}
+
+unsigned char* CRecordTask::TakeFrame(CRingBuffer* ring, int* length, int* flag, double* ts,
+                                      FrameBuffer* taken) {
+  int which = ring == &audio_ring_ ? 1 : 0;
+  std::vector<FrameBuffer>& spares = spares_[which];
+  FrameBuffer spare;
+  spare.ring = which;
+  if (!spares.empty()) {
+    spare = spares.back();
+    spares.pop_back();
+  }
+  int size = 0;
+  unsigned char* data = ring->TakeReadBuffer(spare.data, spare.size, length, flag, ts, &size);
+  if (data == nullptr) {
+    Recycle(spare);  // nothing taken: the spare is still ours
+    return nullptr;
+  }
+  *taken = {data, size, which};
+  return data;
+}
+
+int CRecordTask::QueueChunk(const char* id, const unsigned char* vol, int vol_length,
+                            const unsigned char* data, int length) {
+  // A tiny frame (audio) is copied; a larger one stays where it lies until
+  // the next flush.
+  bool copy = length <= kCopiedFrameBytes;
+  size_t copied = 12 + static_cast<size_t>(vol_length) + (copy ? static_cast<size_t>(length) : 0);
+  if (!file_.HasRoom(3, copied) || (!copy && in_flight_.size() >= kMaxInFlight)) {
+    if (!FlushChunks()) return -1;
+  }
   unsigned char head[12];
   AviPutCode(head, id);
-  PutLe32(head + 8, static_cast<uint32_t>(length));
-  if (!WriteBytes(head, 8)) {
-    QV_LOG("[%s:%d]write flag_xxdc failed, errno=%d\n", errno);
-    GiveUpFile();
-    return -1;
-  }
-  if (!WriteBytes(head + 8, 4)) {
-    QV_LOG("[%s:%d]write len failed, errno=%d\n", errno);
-    GiveUpFile();
-    return -1;
+  PutLe32(head + 8, static_cast<uint32_t>(vol_length + length));
+  file_.Copy(head, sizeof(head));
+  if (vol_length > 0) file_.Copy(vol, static_cast<size_t>(vol_length));
+  if (copy) {
+    file_.Copy(data, static_cast<size_t>(length));
+  } else {
+    file_.Refer(data, static_cast<size_t>(length));
+    referred_ = true;
   }
   return 0;
 }
 
 int CRecordTask::RecordOneVideoFrame(const unsigned char* data, int length, int flag) {
-  if (record_fp_ == nullptr || data == nullptr || length <= 0) return -1;
+  if (!file_.IsOpen() || data == nullptr || length <= 0) return -1;
   bool key = flag != 0;
   if (!first_key_seen_) {
     if (!key) return 0;
@@ -158,18 +227,8 @@ int CRecordTask::RecordOneVideoFrame(const unsigned char* data, int length, int 
       vol_length = static_cast<int>(sizeof(params_.video.config));
     }
   }
-  if (WriteChunkHead("00dc", vol_length + length) != 0) return -1;
-  if (vol_length > 0 && !WriteBytes(params_.video.config, static_cast<size_t>(vol_length))) {
-    QV_LOG("[%s:%d]write vol data failed, errno=%d\n", errno);
-    GiveUpFile();
-    return -1;
-  }
+  if (QueueChunk("00dc", params_.video.config, vol_length, data, length) != 0) return -1;
   vol_written_ = true;
-  if (!WriteBytes(data, static_cast<size_t>(length))) {
-    QV_LOG("[%s:%d]write frame data failed, errno=%d\n", errno);
-    GiveUpFile();
-    return -1;
-  }
   if (AddAVIIndex("00dc", key ? kKeyFlag : 0, vol_length + length) != 0) {
     QV_LOG("[%s:%d]AddAVIIndex failed!\n");
   }
@@ -180,17 +239,12 @@ int CRecordTask::RecordOneVideoFrame(const unsigned char* data, int length, int 
 }
 
 int CRecordTask::RecordOneAudioFrame(const unsigned char* data, int length, int) {
-  if (record_fp_ == nullptr) {
+  if (!file_.IsOpen()) {
     QV_LOG("[%s:%d]m_record_fp==NULL Error!\n");
     return -1;
   }
   if (data == nullptr || length <= 0) return 0;
-  if (WriteChunkHead("01wb", length) != 0) return -1;
-  if (!WriteBytes(data, static_cast<size_t>(length))) {
-    QV_LOG("[%s:%d]write frame data failed, errno=%d\n", errno);
-    GiveUpFile();
-    return -1;
-  }
+  if (QueueChunk("01wb", nullptr, 0, data, length) != 0) return -1;
   movie_offset_ += 12 + static_cast<uint64_t>(length);
   ++audio_frames_;
   return 0;

@@ -243,6 +243,38 @@ int CRingBuffer::UnLockReadBuffer(unsigned char* buf) {
   return 0;
 }
 
+unsigned char* CRingBuffer::TakeReadBuffer(unsigned char* spare, int spare_size, int* length,
+                                           int* flag, double* timestamp, int* size) {
+  if (waiting_) return nullptr;
+  if (count_ > 0) {
+    CriticalSectionGuard guard(&lock_);
+    if (count_ <= 0 || read_item_ == nullptr) return nullptr;
+    RING_BUFFER_ITEM* slot = read_item_;
+    unsigned char* taken = slot->data;
+    if (taken == nullptr) {
+      // No buffer to hand over (not seen in practice): the frame goes, the
+      // spare stays with the caller.
+      slot->length = 0;
+      read_item_ = slot->next;
+      count_ -= 1;
+      return nullptr;
+    }
+    if (length != nullptr) *length = slot->length;
+    if (flag != nullptr) *flag = slot->flag;
+    if (timestamp != nullptr) *timestamp = slot->timestamp;
+    if (size != nullptr) *size = slot->alloc_size;
+    if (taken == locked_read_) locked_read_ = nullptr;
+    slot->data = spare;
+    slot->alloc_size = spare != nullptr ? spare_size : 0;
+    slot->length = 0;
+    read_item_ = slot->next;
+    count_ -= 1;
+    return taken;
+  }
+  waiting_ = 1;
+  return nullptr;
+}
+
 int CRingBuffer::GetReadTimeStamp(double* timestamp) {
   if (count_ < delay_count_ || count_ <= 0) return 0;
   CriticalSectionGuard guard(&lock_);

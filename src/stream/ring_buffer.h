@@ -69,6 +69,15 @@ class CRingBuffer {
   unsigned char* LockReadBuffer(int* length, int* flag, double* timestamp);
   // Consumes the frame from LockReadBuffer. -1 for any other pointer.
   int UnLockReadBuffer(unsigned char* buf);
+  // Consumes the oldest frame as Read does, but hands over its buffer
+  // instead of copying it out: the slot takes `spare` (spare_size bytes,
+  // allocated with new[]; null leaves the slot to allocate on its next
+  // frame) in exchange. Returns the buffer (the caller's to keep or give
+  // back as a spare; *size is its allocation) with the frame's length,
+  // flag and time stamp; null when nothing may be read (the spare is then
+  // still the caller's).
+  unsigned char* TakeReadBuffer(unsigned char* spare, int spare_size, int* length, int* flag,
+                                double* timestamp, int* size);
 
   // The oldest frame's time stamp or flag: 1, or 0 while fewer than
   // delay_count frames are unread.

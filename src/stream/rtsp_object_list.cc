@@ -2,6 +2,7 @@
 
 #include <pthread.h>
 
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <vector>
@@ -278,12 +279,36 @@ int CRTSPObjectList::WriteStatInfo(const char* path) {
 
 int CRTSPObjectList::SetMessageHWND(int, long) { return 0; }
 
+int CRTSPObjectList::Kill(int wait) {
+  // Start's own Kill finds nothing running and leaves the flag alone.
+  if (IsRunning()) {
+    {
+      std::lock_guard<std::mutex> guard(watch_mutex_);
+      watch_stop_ = true;
+    }
+    watch_wake_.notify_all();
+  }
+  return CThreadClass::Kill(wait);
+}
+
+bool CRTSPObjectList::WatchPause(unsigned long ms) {
+  const unsigned long kStepMs = 300;
+  unsigned long start = GetTickCount();
+  std::unique_lock<std::mutex> lock(watch_mutex_);
+  for (;;) {
+    if (watch_stop_ || !IsRunning()) return false;
+    unsigned long passed = GetTickCount() - start;
+    if (passed >= ms) return true;
+    unsigned long step = ms - passed < kStepMs ? ms - passed : kStepMs;
+    watch_wake_.wait_for(lock, std::chrono::milliseconds(step));
+  }
+}
+
 int CRTSPObjectList::Thread() {
   QV_LOG("[%s:%d]CRTSPObjectList::CheckRtspConnect enter main loop....");
   watching_ = true;
   while (IsRunning()) {
-    SleepThread(static_cast<int>(ScaledMs(kWatchPeriodMs)), 100);
-    if (!IsRunning()) break;
+    if (!WatchPause(ScaledMs(kWatchPeriodMs)) || !IsRunning()) break;
     unsigned long now = GetTickCount();
     unsigned long limit = ScaledMs(kSilenceLimitMs);
     CriticalSectionGuard guard(&general_lock_);

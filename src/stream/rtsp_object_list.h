@@ -5,7 +5,9 @@
 #pragma once
 
 #include <atomic>
+#include <condition_variable>
 #include <map>
+#include <mutex>
 #include <vector>
 
 #include "base/thread_class.h"
@@ -97,6 +99,8 @@ class CRTSPObjectList : public CThreadClass {
   // The watchdog body: every 3 s (scaled), stops each pull that has had no
   // data for 10 s (scaled) since its last-data tick.
   int Thread() override;
+  // Wakes the watchdog out of its wait first, then CThreadClass::Kill.
+  int Kill(int wait) override;
   // How many streams the watchdog has stopped so far.
   int SilentStreamsStopped() const { return silent_stopped_; }
   // True once the watchdog has entered its loop (and logged so).
@@ -110,6 +114,9 @@ class CRTSPObjectList : public CThreadClass {
   static bool OnOwnThread(CPullClass* pull);
   // Removes the handle from the map and keeps the pull among the forgotten.
   CPullClass* ForgetPull(long handle);
+  // The watchdog's pause of ms, looking at its running flag every 300 ms
+  // (not every 100 ms); Kill ends it at once. False when it was ended.
+  bool WatchPause(unsigned long ms);
 
   std::map<long, CPullClass*> pulls_;  // guarded by general_lock_
   std::vector<CPullClass*> forgotten_;  // guarded by general_lock_
@@ -120,6 +127,9 @@ class CRTSPObjectList : public CThreadClass {
   std::atomic<int> auto_reconnect_default_{1};
   std::atomic<int> silent_stopped_{0};
   std::atomic<bool> watching_{false};
+  std::mutex watch_mutex_;
+  std::condition_variable watch_wake_;
+  bool watch_stop_ = false;  // under watch_mutex_
 };
 
 extern CRTSPObjectList OjbectRtspList;

@@ -146,7 +146,8 @@ TEST_F(ConverterTest, RecordingsThatDidNotKnowTheirStreamConvert) {
 }
 
 TEST_F(ConverterTest, TmpOfAKilledRecordingIsRecovered) {
-  // Large frames, so that the 2 MB write buffer has reached the disk.
+  // Killed once every frame was taken from the rings: what had reached the
+  // file by then is in the .tmp, without index or final sizes.
   RecordFeed feed;
   feed.params = AvParams("H264", 320, 240, "", 0);
   feed.video = DemuxFrames(NoisyH264Media(), "h264");
@@ -159,7 +160,7 @@ TEST_F(ConverterTest, TmpOfAKilledRecordingIsRecovered) {
   AviConvertReport r = Convert(rec + ".tmp", dir_ / "killed.mp4");
   EXPECT_TRUE(r.recovered);
   EXPECT_GT(r.video_frames, 20);
-  EXPECT_LT(r.video_frames, 100);
+  EXPECT_LE(r.video_frames, 100);
   EXPECT_EQ(ProbeStreams(dir_ / "killed.mp4"), "video:h264");
 }
 

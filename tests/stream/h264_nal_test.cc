@@ -2,6 +2,8 @@
 // frame must carry.
 #include <gtest/gtest.h>
 
+#include <random>
+#include <utility>
 #include <vector>
 
 #include "stream/h264_nal.h"
@@ -60,6 +62,46 @@ TEST(AnnexB, SplitsOnThreeAndFourByteStartCodes) {
   EXPECT_EQ(units[2].type, 5);
   EXPECT_EQ(units[2].size, 3u);
   EXPECT_TRUE(SplitAnnexB(b.data(), 3).empty());
+}
+
+// The units a plain byte-by-byte walk finds; the scanner must find the same
+// in any buffer, however its zeros and ones fall.
+std::vector<std::pair<size_t, size_t>> ReferenceUnits(const Bytes& b) {
+  std::vector<std::pair<size_t, size_t>> units;  // offset, size
+  size_t i = 0, begin = 0;
+  bool in_unit = false;
+  while (i + 3 <= b.size()) {
+    if (b[i] == 0 && b[i + 1] == 0 && b[i + 2] == 1) {
+      if (in_unit) {
+        size_t end = i;
+        while (end > begin && b[end - 1] == 0) --end;
+        if (end > begin) units.push_back({begin, end - begin});
+      }
+      i += 3;
+      begin = i;
+      in_unit = true;
+    } else {
+      ++i;
+    }
+  }
+  if (in_unit && b.size() > begin) units.push_back({begin, b.size() - begin});
+  return units;
+}
+
+TEST(AnnexB, ScannerAgreesWithAPlainWalkOnAnyBytes) {
+  std::mt19937 random(7);
+  const uint8_t alphabet[] = {0, 0, 0, 1, 0x65, 0x41, 0xFF};
+  for (int round = 0; round < 3000; ++round) {
+    Bytes b(random() % 40);
+    for (uint8_t& x : b) x = alphabet[random() % sizeof(alphabet)];
+    std::vector<std::pair<size_t, size_t>> found;
+    for (const NalUnit& u : SplitAnnexB(b.data(), b.size())) {
+      found.push_back({static_cast<size_t>(u.data - b.data()), u.size});
+      EXPECT_EQ(u.type, u.data[0] & 0x1F);
+    }
+    ASSERT_EQ(found, ReferenceUnits(b)) << "round " << round;
+  }
+  EXPECT_TRUE(SplitAnnexB(nullptr, 0).empty());
 }
 
 TEST(AnnexB, AvcConfigurationRecordsBecomeStartCodedUnits) {

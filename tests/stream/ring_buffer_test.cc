@@ -213,6 +213,38 @@ TEST(RingBufferInPlace, ForeignPointersAreRefusedAndChangeNothing) {
   EXPECT_EQ(ring.UnLockReadBuffer(r), -1);  // already consumed
 }
 
+// The recorder takes frames out with their buffers, giving spares back: the
+// frames are whole and in order, and the slots go on with the spares.
+TEST(RingBufferTake, BuffersAreExchangedNotCopied) {
+  CRingBuffer ring(4);
+  int length = 0, flag = 0, size = 0;
+  double ts = 0;
+  EXPECT_EQ(ring.TakeReadBuffer(nullptr, 0, &length, &flag, &ts, &size), nullptr);
+  WriteByte(ring, 1, 5, 1.5);
+  unsigned char* spare = new unsigned char[70000];
+  unsigned char* first = ring.TakeReadBuffer(spare, 70000, &length, &flag, &ts, &size);
+  ASSERT_NE(first, nullptr);
+  EXPECT_EQ(first[0], 1);
+  EXPECT_EQ(length, 1);
+  EXPECT_EQ(flag, 5);
+  EXPECT_DOUBLE_EQ(ts, 1.5);
+  EXPECT_EQ(size, 65536);
+  EXPECT_EQ(ring.GetReadCount(), 0);
+
+  // Three frames fill the other slots; the fourth write lands in the spare.
+  for (unsigned char v = 2; v <= 4; ++v) WriteByte(ring, v);
+  EXPECT_EQ(ring.LockWriteBuffer(10), spare);
+  // Taken without a spare, a slot gets a buffer again with its next frame.
+  unsigned char* second = ring.TakeReadBuffer(nullptr, 0, &length, &flag, &ts, &size);
+  ASSERT_NE(second, nullptr);
+  EXPECT_EQ(second[0], 2);
+  EXPECT_EQ(ReadByte(ring), 3);
+  for (unsigned char v = 5; v <= 6; ++v) EXPECT_EQ(WriteByte(ring, v), 0);
+  for (int v = 4; v <= 6; ++v) EXPECT_EQ(ReadByte(ring), v);
+  delete[] first;
+  delete[] second;
+}
+
 TEST(RingBufferReset, ResetEmptiesButKeepsWorking) {
   CRingBuffer ring(5);
   WriteByte(ring, 1);
