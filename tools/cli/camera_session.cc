@@ -29,13 +29,28 @@ std::string TimeoutText(int ms) {
 
 }  // namespace
 
-StdoutToStderr::StdoutToStderr() {
+namespace {
+bool g_show_library_prints = false;
+}  // namespace
+
+void LibraryPrints::Show(bool on) { g_show_library_prints = on; }
+
+LibraryPrints::LibraryPrints() {
   fflush(stdout);
   saved_ = dup(STDOUT_FILENO);
-  if (saved_ >= 0) dup2(STDERR_FILENO, STDOUT_FILENO);
+  if (saved_ < 0) return;
+  if (g_show_library_prints) {
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+    return;
+  }
+  int null = open("/dev/null", O_WRONLY | O_CLOEXEC);
+  if (null >= 0) {
+    dup2(null, STDOUT_FILENO);
+    close(null);
+  }
 }
 
-StdoutToStderr::~StdoutToStderr() {
+LibraryPrints::~LibraryPrints() {
   fflush(stdout);
   if (saved_ >= 0) {
     dup2(saved_, STDOUT_FILENO);
@@ -44,18 +59,10 @@ StdoutToStderr::~StdoutToStderr() {
 }
 
 Library::Library(const LogOptions& log) {
+  LibraryPrints::Show(log.console);
   {
-    // Init announces on standard output that SIGPIPE is now ignored; that
-    // line is for host programs, not for a person at the command line.
-    fflush(stdout);
-    int saved = dup(STDOUT_FILENO);
-    int null = open("/dev/null", O_WRONLY | O_CLOEXEC);
-    if (saved >= 0 && null >= 0) dup2(null, STDOUT_FILENO);
+    LibraryPrints quiet;  // "SIGPIPE ignore"
     IP_NET_DVR_Init();
-    fflush(stdout);
-    if (saved >= 0 && null >= 0) dup2(saved, STDOUT_FILENO);
-    if (saved >= 0) close(saved);
-    if (null >= 0) close(null);
   }
   if (log.console) IP_NET_DVR_LOG_OPEN();
   if (!log.dir.empty() || log.udp) {
@@ -68,7 +75,7 @@ Library::Library(const LogOptions& log) {
 }
 
 Library::~Library() {
-  StdoutToStderr quiet;
+  LibraryPrints quiet;
   IP_NET_DVR_Cleanup();
 }
 

@@ -8,13 +8,16 @@
 #include "notices.h"
 
 // Standard output is the program's result (a table, JSON, XML): while one of
-// these lives, whatever the library prints there goes to standard error.
-class StdoutToStderr {
+// these lives, whatever the library prints there (notes meant for host
+// programs' developers) is dropped, or goes to standard error with --log.
+class LibraryPrints {
  public:
-  StdoutToStderr();
-  ~StdoutToStderr();
-  StdoutToStderr(const StdoutToStderr&) = delete;
-  StdoutToStderr& operator=(const StdoutToStderr&) = delete;
+  LibraryPrints();
+  ~LibraryPrints();
+  // Set once from --log.
+  static void Show(bool on);
+  LibraryPrints(const LibraryPrints&) = delete;
+  LibraryPrints& operator=(const LibraryPrints&) = delete;
 
  private:
   int saved_ = -1;

@@ -75,7 +75,7 @@ int RunGet(const Cli& cli, const ConfigOptions& o) {
   std::vector<unsigned char> record(s->record_size);
   int read;
   {
-    StdoutToStderr quiet;  // the reader reports its trouble on standard output
+    LibraryPrints quiet;  // the reader reports its trouble on standard output
     read = s->read(record.data(), reply.text.c_str());
   }
   if (read != 0) return Fail(what + " failed: the reply holds no usable " + s->name + " section");
@@ -101,7 +101,7 @@ int RunSet(const Cli& cli, const ConfigOptions& o) {
   std::vector<unsigned char> record(s->record_size);
   int read;
   {
-    StdoutToStderr quiet;
+    LibraryPrints quiet;
     read = s->read(record.data(), text.c_str());
   }
   if (read != 0) return Fail(what + " failed: " + o.file + " holds no usable " + s->name + " section");

@@ -54,7 +54,7 @@ int Follow(CameraSession& session, const std::string& what, Direction direction,
   size_t cursor = Notices::Instance().End();
   long started;
   {
-    StdoutToStderr quiet;  // a download announces its local name there
+    LibraryPrints quiet;  // a download announces its local name there
     started = start(id);
   }
   if (started < 0) {

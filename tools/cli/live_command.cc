@@ -1,6 +1,9 @@
 // quorvel live: receive the camera's live stream for some seconds and print
 // frame statistics, or record it to an AVI file with progress.
 #include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
 
 #include <chrono>
 #include <cstdio>
@@ -123,9 +126,10 @@ bool AwaitStreamEvent(const std::string& what, long handle, size_t since,
   return true;
 }
 
-// Sleeps in slices until seconds have passed, updating progress; false when
-// interrupted.
-bool Run(double seconds, Progress* progress, FrameStats& stats) {
+// Sleeps in slices until seconds have passed (or stop is set), updating
+// progress; false when interrupted.
+bool Run(double seconds, Progress* progress, FrameStats& stats,
+         const std::atomic<bool>* stop = nullptr) {
   auto start = std::chrono::steady_clock::now();
   for (;;) {
     double done = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
@@ -140,10 +144,17 @@ bool Run(double seconds, Progress* progress, FrameStats& stats) {
                seconds, frames);
       progress->Update(static_cast<int>(std::min(done, seconds) * 100 / seconds), detail);
     }
-    if (done >= seconds) return true;
+    if (done >= seconds || (stop != nullptr && *stop)) return true;
     if (Interrupted()) return false;
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
   }
+}
+
+std::string AbsolutePath(const std::string& path) {
+  if (!path.empty() && path[0] == '/') return path;
+  char cwd[4096];
+  if (getcwd(cwd, sizeof(cwd)) == nullptr) return path;
+  return std::string(cwd) + "/" + path;
 }
 
 int RunLive(const Cli& cli, const LiveOptions& o) {
@@ -207,13 +218,18 @@ int RunLive(const Cli& cli, const LiveOptions& o) {
     stats.video_frames = stats.key_frames = stats.audio_frames = stats.bytes = 0;
     stats.first_video_ms = stats.last_video_ms = -1;
   }
-  long started = IP_NET_DVR_StartRecord(handle, o.record.c_str(), seconds, 0);
+  // The recorder checks the free space of the file's folder, so it gets a
+  // name with one.
+  std::string path = AbsolutePath(o.record);
+  long started = IP_NET_DVR_StartRecord(handle, path.c_str(), seconds, 0);
   if (started != 0) return FailResult("recording " + o.record, started);
   Progress progress("recording " + o.record);
-  std::thread ticker([&] { Run(seconds, &progress, stats); });
+  std::atomic<bool> stop_ticker{false};
+  std::thread ticker([&] { Run(seconds, &progress, stats, &stop_ticker); });
   bool ended = AwaitStreamEvent("recording " + o.record, handle, since,
                                 [](long code) { return code == EVENT_RECORD_TASKEND; },
                                 RecordFailed, (seconds + 10) * 1000 + c.TimeoutMs());
+  stop_ticker = true;
   ticker.join();
   progress.Finish();
   if (!ended) {

@@ -22,7 +22,7 @@ int RunSnapshot(const Cli& cli, const SnapshotOptions& o) {
   if (!session.Open()) return 1;
   long result;
   {
-    StdoutToStderr quiet;  // the library announces the picture's download there
+    LibraryPrints quiet;  // the library announces the picture's download there
     result = IP_NET_DVR_SnapPic(session.id(), o.stream, o.quality, o.path.c_str(),
                                 session.TimeoutMs());
   }
