@@ -285,6 +285,36 @@ TEST_F(CliTest, SnapshotAndTalkReachTheCamera) {
   EXPECT_NE(bad.err.find("holds no 16-bit PCM audio"), std::string::npos) << bad.err;
 }
 
+TEST_F(CliTest, RecordingsListedByDayAndPlayedIntoAFile) {
+  CliRun days = Run({"replay", "days", "--json"});
+  EXPECT_RUN_OK(days);
+  nlohmann::json j = nlohmann::json::parse(days.out, nullptr, false);
+  ASSERT_TRUE(j.contains("days") && j["days"].size() == 3u) << days.out;
+  std::string newest = j["days"][0].get<std::string>();
+
+  CliRun day = Run({"replay", "day", newest});
+  EXPECT_RUN_OK(day);
+  EXPECT_NE(day.out.find(newest + ": 480 minutes recorded in 2 spans\n  08:00 - 12:00\n"
+                         "  14:00 - 18:00\n"),
+            std::string::npos)
+      << day.out;
+
+  CliRun play = Run({"replay", "play", "--from", newest + " 08:00:10", "--seconds", "1", "--to",
+                     local_ / "replay.h264"});
+  EXPECT_RUN_OK(play);
+  EXPECT_NE(play.out.find("H264 frames"), std::string::npos) << play.out;
+  size_t at = play.out.find("key frames, ");
+  ASSERT_NE(at, std::string::npos) << play.out;
+  long bytes = 0;
+  ASSERT_EQ(sscanf(play.out.c_str() + at, "key frames, %ld bytes", &bytes), 1) << play.out;
+  EXPECT_GT(bytes, 0);
+  EXPECT_EQ(testsupport::ReadFile(local_ / "replay.h264").size(), static_cast<size_t>(bytes));
+
+  CliRun nothing = Run({"replay", "play", "--from", "2001-01-01", "--seconds", "1", "--to",
+                        local_ / "none.h264"});
+  EXPECT_EQ(nothing.status, 1);
+}
+
 TEST_F(CliTest, JsonViewsParseBack) {
   struct Case {
     std::vector<std::string> args;
