@@ -3,6 +3,7 @@
 JOBS  ?= 2
 BUILD ?= build
 ASAN_BUILD ?= build-asan
+BENCH_BUILD ?= build-bench
 AARCH64_BUILD ?= build-aarch64
 CTEST_ARGS ?= --output-on-failure -j$(JOBS)
 # A compiler cache, when the machine has one, makes rebuilds in several
@@ -65,11 +66,12 @@ package-aarch64: deps-aarch64 $(AARCH64_BUILD)/CMakeCache.txt
 demo: build
 	@scripts/demo $(BUILD)
 
-bench: build
-	@scripts/bench $(BUILD)
+# Optimised build of its own (Release, no tests); prints one table of figures.
+bench: deps
+	@JOBS=$(JOBS) scripts/bench $(BENCH_BUILD)
 
 install: build
 	@cmake --install $(BUILD)
 
 clean:
-	@rm -rf $(BUILD) $(ASAN_BUILD) $(AARCH64_BUILD)
+	@rm -rf $(BUILD) $(ASAN_BUILD) $(BENCH_BUILD) $(AARCH64_BUILD)
