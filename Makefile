@@ -11,7 +11,7 @@ CTEST_ARGS ?= --output-on-failure -j$(JOBS)
 LAUNCHER := $(if $(shell command -v ccache 2>/dev/null),-DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DCMAKE_C_COMPILER_LAUNCHER=ccache)
 
 .PHONY: all deps configure build test test-asan deps-aarch64 test-aarch64 \
-        package package-aarch64 demo bench install clean
+        package package-aarch64 demo bench fuzz install clean
 
 all: build
 
@@ -70,8 +70,13 @@ demo: build
 bench: deps
 	@JOBS=$(JOBS) scripts/bench $(BENCH_BUILD)
 
+# libFuzzer targets, built by clang in build-fuzz/ and run FUZZ_SECONDS (60)
+# each; clang is installed by this target only.
+fuzz:
+	@JOBS=$(JOBS) scripts/fuzz
+
 install: build
 	@cmake --install $(BUILD)
 
 clean:
-	@rm -rf $(BUILD) $(ASAN_BUILD) $(BENCH_BUILD) $(AARCH64_BUILD)
+	@rm -rf $(BUILD) $(ASAN_BUILD) $(BENCH_BUILD) $(AARCH64_BUILD) build-fuzz

@@ -227,5 +227,6 @@ QV_API long IP_NET_DVR_SetReplayDataCallBack(QV_ReplayDataCallBack cb,
 #include "quorvel/config_exchange.h"
 #include "quorvel/discovery.h"
 #include "quorvel/files.h"
+#include "quorvel/replay.h"
 
 #endif /* QUORVEL_QUORVEL_H */

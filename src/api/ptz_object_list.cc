@@ -248,6 +248,16 @@ int CPTZObjectList::GetReplayAblity(long id) {
   return Forward(id, [](CPTZControlClass* s) { return s->GetReplayAblity(); });
 }
 
+int CPTZObjectList::ControlPlay(long id, int mode, long action, long parameter) {
+  return Forward(id, [=](CPTZControlClass* s) { return s->ControlPlay(action, mode, parameter); });
+}
+
+int CPTZObjectList::PlayDeviceFile(long, char*) { return 0; }
+
+int CPTZObjectList::PlayDeviceFile(long id, long time) {
+  return Forward(id, [=](CPTZControlClass* s) { return s->PlayFile(time); });
+}
+
 int CPTZObjectList::StartAudio(long id, int audio_type, int sample_rate, int channels) {
   return Forward(id, [=](CPTZControlClass* s) {
     return s->StartAudio(audio_type, sample_rate, channels);

@@ -101,6 +101,11 @@ class CPTZObjectList {
   // ---- per-device forwarders: -9000002 for an unknown ID, else the
   // session's result ------------------------------------------------------
   int GetReplayAblity(long id);
+  // Session ControlPlay(action, mode, parameter): the first two values
+  // change places on the way.
+  int ControlPlay(long id, int mode, long action, long parameter);
+  int PlayDeviceFile(long id, char* name);  // 0, without a lookup
+  int PlayDeviceFile(long id, long time);   // session PlayFile(time)
   int StartAudio(long id, int audio_type, int sample_rate, int channels);
   int StopAudio(long id);
   int InputAudioData(long id, const char* data, int length);

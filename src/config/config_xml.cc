@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "config/xml_tail.h"
+
 namespace qvconfig {
 namespace {
 
@@ -53,6 +55,7 @@ bool ConfigXml::Parse(const char* text, size_t length) {
   // The parser stops at a zero byte; so does the text it is given.
   length = strnlen(text, length);
   std::string wide = Widen(text, length);
+  if (HasTextAfterRoot(wide)) return false;
   doc_ = ixmlParseBuffer(wide.c_str());
   return doc_ != nullptr;
 }

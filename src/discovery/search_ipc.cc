@@ -193,17 +193,21 @@ void CCSearchIPC::ReceiveReplies(int sock, const char* ifname, std::vector<char>
     }
     char* text = buffer->data();
     text[n] = '\0';
-    if (TinyGetMessageRootType(SearchRootName(), text) < 0) {
-      QV_LOG("[%s:%d]Get root failed.");
-      continue;
-    }
-    char type[256], code[256], flag[256];
-    if (TinyGetMessageHeader(text, type, code, flag) != 0 || atoi(code) != kSearchReplyCode) {
-      QV_LOG("[%s:%d]recv message: %s", text);
-      continue;
-    }
-    ResponseMessageHandle(text, static_cast<int>(n), ifname);
+    TakeDatagram(text, static_cast<int>(n), ifname);
   }
+}
+
+int CCSearchIPC::TakeDatagram(char* text, int length, const char* ifname) {
+  if (TinyGetMessageRootType(SearchRootName(), text) < 0) {
+    QV_LOG("[%s:%d]Get root failed.");
+    return -1;
+  }
+  char type[256], code[256], flag[256];
+  if (TinyGetMessageHeader(text, type, code, flag) != 0 || atoi(code) != kSearchReplyCode) {
+    QV_LOG("[%s:%d]recv message: %s", text);
+    return -1;
+  }
+  return ResponseMessageHandle(text, length, ifname);
 }
 
 void CCSearchIPC::SetSearchRootName(const char* name) {

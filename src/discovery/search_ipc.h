@@ -80,6 +80,11 @@ class CCSearchIPC {
   virtual void SendBroardcastDirectly(const char* message, unsigned short port);
 
   // ---- the table ---------------------------------------------------------
+  // One received datagram (terminated, length bytes before the zero):
+  // dropped unless its root and header make it a search answer, else taken
+  // as ResponseMessageHandle takes it, whose result it returns (-1 when
+  // dropped).
+  int TakeDatagram(char* text, int length, const char* ifname);
   // Takes one answer received on interface ifname into the table. 0 for a
   // new camera; -1 when the answer replaced an entry, was dropped or the
   // table is full.

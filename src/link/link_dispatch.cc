@@ -1,5 +1,6 @@
 // Dispatch of received messages by Msg_type: heartbeat and login replies,
-// the key reply, PTZ replies, alarms and system / configuration replies.
+// the key reply, PTZ replies, alarms, system / configuration replies, and
+// the hand-over of media, replay and talk messages to their handlers.
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
@@ -43,12 +44,15 @@ bool CPTZControlClass::Dispatch(char* message, int length) {
   } else if (Is(type, "MEDIA_DATA_MESSAGE")) {
     // Download data, upload acknowledgements and replay media; a camera
     // never sends upload data. While a link-mode download runs, its frames
-    // go to the file (OnFileMediaData answers false for the others).
+    // go to the file (OnFileMediaData answers false for the others); the
+    // rest is replay media.
     if (code_value == 1) {
       QV_LOG("[%s:%d]not allow type 1 (upload data) from ipc\n");
-    } else {
-      OnFileMediaData(message, length);
+    } else if (!OnFileMediaData(message, length)) {
+      OnMediaDataMessage(message, length);
     }
+  } else if (Is(type, "REPLAY_CONTROL_MESSAGE") || Is(type, "TIMELINE_REPLAY_CONTROL_MESSAGE")) {
+    OnReplayReply(code_value, flag_value, body.get());
   } else if (Is(type, "REVERSE_AUDIO_MESSAGE")) {
     OnTalkReply(code, flag_value, flag, message);
   } else if (Is(type, "USER_AUTH_MESSAGE")) {
@@ -67,8 +71,7 @@ bool CPTZControlClass::Dispatch(char* message, int length) {
   } else if (Is(type, "SYSTEM_CONFIG_SET_MESSAGE")) {
     PostAuxResponseMsg(code_value, flag_value, body ? body.get() : "");
   }
-  // REPLAY_CONTROL_MESSAGE and TIMELINE_REPLAY_CONTROL_MESSAGE (replay) are
-  // handled by that feature; any other type is ignored.
+  // Any other type is ignored.
   return true;
 }
 

@@ -18,6 +18,7 @@
 #include "base/bk_mutex.h"
 #include "link/aux_msg_buffer.h"
 #include "link/packet_framing.h"
+#include "link/replay_assembler.h"
 #include "quorvel/quorvel.h"
 #include "voice/talk_audio_list.h"
 #include "voice/talk_state.h"
@@ -194,6 +195,19 @@ class CPTZControlClass {
   // Tests mark talk as asked for (no downloads meanwhile).
   void SetTalkRequested(bool on) { talk_.requested = on ? 1 : 0; }
 
+  // ---- remote playback ----------------------------------------------------
+  // Asks the camera to play a recording by name / from a time (seconds);
+  // the time form makes later actions possible under the play name "test".
+  // 0; -8999979 unless the camera can replay; -8999997 / -8999996 before
+  // login; -8999992 for a null or overlong name.
+  int PlayFile(const char* name);
+  int PlayFile(long time);
+  // A replay action with its parameter; mode 0 names the play file, mode 1
+  // is the time-line form. 0; -8999981 without a play file; -8999980 for
+  // an action outside 0..7; -8999992 for another mode.
+  int ControlPlay(long action, int mode, long parameter);
+  int VideoSeconds() const { return video_seconds_; }
+
   // ---- events (link thread) -------------------------------------------------
   long PostStatusMsg(long code, const char* text);
   long PostPTZResponseMsg(long code, long flag, const char* body);
@@ -244,6 +258,13 @@ class CPTZControlClass {
   void OnSystemReply(long code, long flag, const char* body);
   void UpdateAbility(const char* body);
 
+  // Remote playback on the link thread: replay control replies, media
+  // messages and the packets they carry.
+  void OnReplayReply(long code, long flag, char* body);
+  void OnMediaDataMessage(char* message, int length);
+  int OnRecvMediaData(const unsigned char* packet, int length);
+  int QueueReplayRequest(const char* format, ...) __attribute__((format(printf, 2, 3)));
+
   // Voice talk on the link thread: the camera's talk replies, the upkeep
   // (repeated start, 8 s silence), the packets of one turn, the thread's end.
   void OnTalkReply(const char* code, long flag, const char* flag_text, char* message);
@@ -284,6 +305,8 @@ class CPTZControlClass {
   void LockTransferFile();
   void UnlockTransferFile();
   friend class CFileTransportThread;
+  // The fuzz targets hand received messages straight to Dispatch.
+  friend struct FuzzLinkAccess;
 
   CPTZObjectList* owner_;
   std::string host_;
@@ -354,6 +377,12 @@ class CPTZControlClass {
   FileTransferRecord transfer_;
   CBkMutex transfer_lock_;
   char* upload_packet_ = nullptr;  // link-mode upload frames, allocated on first use
+
+  // Remote playback: the play file name (host threads), the assembler and
+  // the recording's length (link thread).
+  std::string play_file_name_;
+  CReplayAssembler replay_;
+  std::atomic<int> video_seconds_{0};
 
   std::string last_ptz_response_;
   std::string last_aux_response_;

@@ -17,6 +17,7 @@
 #include "emu/frame_io.h"
 #include "emu/frame_log.h"
 #include "emu/link.h"
+#include "emu/replay_server.h"
 #include "emu/system_replies.h"
 #include "emu/talk_receiver.h"
 
@@ -26,8 +27,9 @@ class Camera::Impl {
  public:
   explicit Impl(CameraOptions options)
       : options_(std::move(options)), behaviour_(options_), log_(options_.record_limit),
-        files_(options_, &behaviour_, FileHooks()) {
+        files_(options_, &behaviour_, FileHooks()), replay_(options_) {
     talk_.Install(&behaviour_);
+    replay_.Install(&behaviour_);
   }
 
   ~Impl() { Stop(); }
@@ -46,6 +48,7 @@ class Camera::Impl {
   TalkReceiver talk_;
   FrameLog log_;
   FileService files_;
+  ReplayServer replay_;
   std::atomic<uint16_t> port_{0};
   std::atomic<int> connections_{0};
   std::atomic<uint64_t> skipped_bytes_{0};
@@ -266,6 +269,13 @@ bool Camera::SetTalkSaveFile(const std::string& path) { return impl_->talk_.SetS
 TalkStats Camera::Talk() const { return impl_->talk_.Stats(); }
 void Camera::ClearTalk() { impl_->talk_.Clear(); }
 FileService& Camera::Files() { return impl_->files_; }
+void Camera::SetReplayFragment(int bytes) { impl_->replay_.SetFragment(bytes); }
+void Camera::SetReplaySequenceStart(uint16_t sequence) { impl_->replay_.SetSequenceStart(sequence); }
+void Camera::SetReplayFault(ReplayFault fault, int video_frame) {
+  impl_->replay_.SetFault(fault, video_frame);
+}
+ReplayStats Camera::Replay() const { return impl_->replay_.Stats(); }
+time_t Camera::CameraTime() const { return impl_->behaviour_.CameraNow(); }
 
 std::string Camera::ConfigDocument() const { return impl_->behaviour_.ConfigDocument(); }
 void Camera::SetConfigListener(std::function<void(long, const IPCConfig&)> listener) {

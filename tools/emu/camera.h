@@ -7,7 +7,8 @@
 // (from and into its own configuration document), user data and the key
 // exchange, voice talk, and pushes alarms when asked. It serves and takes
 // files (file_service.h): downloads, uploads, firmware upgrades and
-// snapshots. Fault switches make it stay silent,
+// snapshots, and plays its recordings (replay_server.h) as media packets
+// on the asking link. Fault switches make it stay silent,
 // refuse, drop links, send stray bytes or delay its replies. Every frame it
 // receives is recorded so that tests can assert the exact bytes.
 //
@@ -17,6 +18,7 @@
 #pragma once
 
 #include <cstdint>
+#include <ctime>
 #include <functional>
 #include <memory>
 #include <string>
@@ -44,6 +46,7 @@ struct CameraOptions {
   size_t record_limit = 10000;    // frames kept by Received(); the oldest go first
   std::string files_dir;          // folder the file store serves and keeps uploads in; "": memory only
   FileMode file_mode = FileMode::kChannel;
+  int recording_seconds = 60;     // length of each recording file of the recordings store
 };
 
 struct ReceivedFrame {
@@ -74,6 +77,36 @@ struct TalkStats {
   uint64_t bytes = 0;      // audio bytes in them
   int bad_packets = 0;     // talk packets that did not parse, or from a link not talking
   std::string audio;       // the audio itself, in order (the first 16 MB)
+};
+
+// Replay faults, each hitting one video frame of a play (SetReplayFault).
+enum class ReplayFault {
+  kNone,
+  kSkipSequence,          // the frame's second packet skips a sequence number
+  kPacketLongerThanData,  // its first packet claims 100 bytes more than it carries
+  kPosBeyondMessage,      // its first message announces 1000 bytes more than it holds
+  kOversizeFrame,         // the frame is 2.5 MiB: more than a host's assembly buffer
+};
+
+// Where the most recent play stands.
+struct ReplayState {
+  bool open = false;       // a recording is being played (not stopped, not ended)
+  bool paused = false;
+  bool ended = false;      // its last frame went out
+  int speed_num = 1;       // pace: speed_num / speed_den of real time
+  int speed_den = 1;
+  int next_frame = 0;      // video frame index sent next
+  uint64_t frames = 0;     // video and audio frames sent
+  uint64_t packets = 0;    // media packets sent
+};
+
+// What the camera's remote playback saw.
+struct ReplayStats {
+  int starts = 0;          // plays started
+  int refusals = 0;        // starts refused (no such recording, or no front_replay)
+  int controls = 0;        // other replay requests
+  std::string recording;   // name of the recording played last
+  ReplayState state;
 };
 
 class FileService;
@@ -134,6 +167,16 @@ class Camera {
   bool SetTalkSaveFile(const std::string& path);
   TalkStats Talk() const;
   void ClearTalk();
+
+  // Remote playback: the data bytes of one media packet at most (a frame
+  // is cut into fragments of this size), the sequence number of the first
+  // packet of each play, and a fault hitting video frame `video_frame` of
+  // every play (kNone: off).
+  void SetReplayFragment(int bytes);
+  void SetReplaySequenceStart(uint16_t sequence);
+  void SetReplayFault(ReplayFault fault, int video_frame);
+  ReplayStats Replay() const;
+  time_t CameraTime() const;       // the camera's wall clock (what recordings are timed by)
 
   // File store, transfer mode and faults, data channel records, firmware
   // and snapshots.

@@ -7,6 +7,7 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <fstream>
 #include <sstream>
@@ -55,6 +56,13 @@ void Usage(FILE* out) {
           "  --data-fault KIND:N  wrong-length:N (announce N bytes more), stall:N or\n"
           "                       close:N (after N bytes of the file), wrong-flag:0\n"
           "  --silent-files       leave transfer requests unanswered\n"
+          "replay:\n"
+          "  --recording-seconds N  length of each recording file (default 60)\n"
+          "  --replay-fragment N  data bytes in one media packet at most (default 8192)\n"
+          "  --replay-fault KIND:N  hit video frame N of every play: skip-sequence,\n"
+          "                       long-packet (claims more data than it has),\n"
+          "                       long-message (announces more than the message holds)\n"
+          "                       or oversize (a 2.5 MiB frame)\n"
           "faults:\n"
           "  --silent-login       never answer a login\n"
           "  --refuse-login[=F]   refuse every login with flag F (default -1)\n"
@@ -127,6 +135,29 @@ bool ParseDataFault(const char* text, qvemu::DataChannelFault* fault) {
   return true;
 }
 
+// KIND:N with KIND skip-sequence, long-packet, long-message or oversize.
+bool ParseReplayFault(const char* text, qvemu::ReplayFault* fault, long* frame) {
+  static const struct {
+    const char* name;
+    qvemu::ReplayFault fault;
+  } kKinds[] = {{"skip-sequence", qvemu::ReplayFault::kSkipSequence},
+                {"long-packet", qvemu::ReplayFault::kPacketLongerThanData},
+                {"long-message", qvemu::ReplayFault::kPosBeyondMessage},
+                {"oversize", qvemu::ReplayFault::kOversizeFrame}};
+  std::string arg = text;
+  size_t colon = arg.find(':');
+  if (colon == std::string::npos || !ParseInt(arg.c_str() + colon + 1, 0, INT_MAX, frame)) {
+    return false;
+  }
+  for (const auto& k : kKinds) {
+    if (arg.compare(0, colon, k.name) == 0 && strlen(k.name) == colon) {
+      *fault = k.fault;
+      return true;
+    }
+  }
+  return false;
+}
+
 qvemu::AlarmSpec AlarmNow(int code, unsigned count) {
   time_t now = time(nullptr);
   struct tm t;
@@ -180,7 +211,8 @@ int main(int argc, char** argv) {
     kRtspPort, kRtspAudio, kRtspSize, kRtspSilentAfter, kRtspBitrate, kRtspPattern, kRtspShared,
     kTalkSave, kNoTalk, kTalkRefuse, kDiscovery, kCameras, kSerial, kAddress, kDeviceType,
     kDiscoveryPort, kSearchRoot, kReplySpread,
-    kFiles, kFileMode, kPutFile, kDataFault, kSilentFiles
+    kFiles, kFileMode, kPutFile, kDataFault, kSilentFiles,
+    kRecordingSeconds, kReplayFragment, kReplayFault
   };
   static const option kOptions[] = {
       {"port", required_argument, nullptr, kPort},
@@ -222,6 +254,9 @@ int main(int argc, char** argv) {
       {"put-file", required_argument, nullptr, kPutFile},
       {"data-fault", required_argument, nullptr, kDataFault},
       {"silent-files", no_argument, nullptr, kSilentFiles},
+      {"recording-seconds", required_argument, nullptr, kRecordingSeconds},
+      {"replay-fragment", required_argument, nullptr, kReplayFragment},
+      {"replay-fault", required_argument, nullptr, kReplayFault},
       {nullptr, 0, nullptr, 0},
   };
 
@@ -243,6 +278,8 @@ int main(int argc, char** argv) {
   qvemu::DataChannelFault data_fault;
   bool silent_files = false;
   std::vector<std::pair<std::string, std::string>> put_files;
+  long replay_fragment = 8192, replay_fault_frame = -1;
+  qvemu::ReplayFault replay_fault = qvemu::ReplayFault::kNone;
   int c;
   while ((c = getopt_long(argc, argv, "", kOptions, nullptr)) != -1) {
     bool ok = true;
@@ -334,6 +371,12 @@ int main(int argc, char** argv) {
       }
       case kDataFault: ok = ParseDataFault(optarg, &data_fault); break;
       case kSilentFiles: silent_files = true; break;
+      case kRecordingSeconds:
+        ok = ParseInt(optarg, 1, 86400, &number);
+        options.recording_seconds = static_cast<int>(number);
+        break;
+      case kReplayFragment: ok = ParseInt(optarg, 1, 65535, &replay_fragment); break;
+      case kReplayFault: ok = ParseReplayFault(optarg, &replay_fault, &replay_fault_frame); break;
       default: ok = false;
     }
     if (!ok) {
@@ -394,6 +437,8 @@ int main(int argc, char** argv) {
     }
     camera->Files().SetFault(data_fault);
     camera->Files().SetAnswerRequests(!silent_files);
+    camera->SetReplayFragment(static_cast<int>(replay_fragment));
+    camera->SetReplayFault(replay_fault, static_cast<int>(replay_fault_frame));
     for (const auto& put : put_files) {
       std::string bytes;
       if (!ReadFile(put.second.c_str(), &bytes) || !camera->Files().Store().Put(put.first, bytes)) {
