@@ -3,13 +3,17 @@
 JOBS  ?= 2
 BUILD ?= build
 ASAN_BUILD ?= build-asan
+TSAN_BUILD ?= build-tsan
+# ThreadSanitizer runs the programs several times slower; cases that shrink
+# protocol timers stretch them by this factor.
+TSAN_TIME_FACTOR ?= 4
 AARCH64_BUILD ?= build-aarch64
 CTEST_ARGS ?= --output-on-failure -j$(JOBS)
 # A compiler cache, when the machine has one, makes rebuilds in several
 # checkouts cheap; nothing depends on it.
 LAUNCHER := $(if $(shell command -v ccache 2>/dev/null),-DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DCMAKE_C_COMPILER_LAUNCHER=ccache)
 
-.PHONY: all deps configure build test test-asan deps-aarch64 test-aarch64 \
+.PHONY: all deps configure build test test-asan test-tsan soak deps-aarch64 test-aarch64 \
         package package-aarch64 demo bench fuzz install clean
 
 all: build
@@ -36,6 +40,25 @@ test-asan: deps
 	@cmake --build $(ASAN_BUILD) -j$(JOBS)
 	@cd $(ASAN_BUILD) && ASAN_OPTIONS=detect_leaks=1 \
 	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest $(CTEST_ARGS)
+
+# The whole suite under ThreadSanitizer. The suppressions cover races the
+# detector reports inside uninstrumented third-party libraries only.
+test-tsan: deps
+	@test -f $(TSAN_BUILD)/CMakeCache.txt || \
+	  cmake -S . -B $(TSAN_BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQUORVEL_TSAN=ON $(LAUNCHER) \
+	    -DQUORVEL_BENCH=OFF -DQUORVEL_TEST_TIME_FACTOR=$(TSAN_TIME_FACTOR) >/dev/null
+	@cmake --build $(TSAN_BUILD) -j$(JOBS)
+	@cd $(TSAN_BUILD) && \
+	  TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1 suppressions=$(CURDIR)/tests/tsan.supp" \
+	  ctest $(CTEST_ARGS)
+
+# 128 sessions against several camera processes that misbehave, for
+# SOAK_SECONDS (3 minutes by default); prints its figures and fails when a
+# check does not hold.
+SOAK_SECONDS ?= 180
+soak: configure
+	@cmake --build $(BUILD) -j$(JOBS) --target quorvel_soak quorvel_emu_main
+	@$(BUILD)/quorvel-soak --seconds $(SOAK_SECONDS)
 
 # Cross-built for aarch64 with the toolchain file of cmake/, run under
 # qemu-user. Its packages are installed by a script of their own, so that
@@ -77,4 +100,4 @@ install: build
 	@cmake --install $(BUILD)
 
 clean:
-	@rm -rf $(BUILD) $(ASAN_BUILD) $(AARCH64_BUILD) build-fuzz
+	@rm -rf $(BUILD) $(ASAN_BUILD) $(TSAN_BUILD) $(AARCH64_BUILD) build-fuzz

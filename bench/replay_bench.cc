@@ -83,7 +83,7 @@ void BM_ReassembleFragments(benchmark::State& state) {
   state.counters["packets"] = static_cast<double>(packets.size());
   state.counters["cpu_us_per_frame"] = delivered > 0 ? 1e6 * cpu / static_cast<double>(delivered) : 0;
 }
-BENCHMARK(BM_ReassembleFragments)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ReassembleFragments)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 // Counts what the replay data callback receives.
 struct Counter {

@@ -1,5 +1,6 @@
 // The registry's host callbacks and the forwarding of session events to
-// them. No lock: the pointers are read as they are at the moment of a call.
+// them. A callback and its user pointer are replaced and read together under
+// a lock, and called outside it, so a callback may register callbacks.
 #include <cstdint>
 
 #include "api/ptz_object_list.h"
@@ -19,35 +20,46 @@ long PackedCode(long code, long flag) {
 }  // namespace
 
 void CPTZObjectList::SetStatusEventCallBack(QV_StatusEventCallBack cb, void* user) {
+  std::lock_guard<std::mutex> lock(callbacks_mu_);
   status_cb_ = cb;
   status_user_ = user;
 }
 
 void CPTZObjectList::SetAUXResponseCallBack(QV_AUXResponseCallBack cb, void* user) {
+  std::lock_guard<std::mutex> lock(callbacks_mu_);
   aux_cb_ = cb;
   aux_user_ = user;
 }
 
 void CPTZObjectList::SetExceptionCallBack(QV_ExceptionCallBack cb, void* user) {
+  std::lock_guard<std::mutex> lock(callbacks_mu_);
   exception_cb_ = cb;
   exception_user_ = user;
 }
 
 int CPTZObjectList::SetPlayActionEventCallBack(QV_ReplayEventCallBack cb, void* user) {
+  std::lock_guard<std::mutex> lock(callbacks_mu_);
   replay_event_cb_ = cb;
   replay_event_user_ = user;
   return 0;
 }
 
 int CPTZObjectList::SetReplayDataCallBack(QV_ReplayDataCallBack cb, void* user) {
+  std::lock_guard<std::mutex> lock(callbacks_mu_);
   replay_data_cb_ = cb;
   replay_data_user_ = user;
   return 0;
 }
 
 long CPTZObjectList::PostStatusMsg(long reporter_id, long code, const char* text) {
-  QV_StatusEventCallBack cb = status_cb_;
-  if (cb != nullptr) return cb(reporter_id, code, text, status_user_);
+  QV_StatusEventCallBack cb;
+  void* user;
+  {
+    std::lock_guard<std::mutex> lock(callbacks_mu_);
+    cb = status_cb_;
+    user = status_user_;
+  }
+  if (cb != nullptr) return cb(reporter_id, code, text, user);
   if (message_window_ != 0) {
     QV_LOG("[%s:%d][CPTZObjectList::PostStatusMsg()] SendMessage() deleted...\n\n");
   }
@@ -56,9 +68,15 @@ long CPTZObjectList::PostStatusMsg(long reporter_id, long code, const char* text
 
 long CPTZObjectList::PostPTZResponseMsg(CPTZControlClass* session, long code, long flag,
                                         const char* xml) {
-  QV_AUXResponseCallBack cb = aux_cb_;
+  QV_AUXResponseCallBack cb;
+  void* user;
+  {
+    std::lock_guard<std::mutex> lock(callbacks_mu_);
+    cb = aux_cb_;
+    user = aux_user_;
+  }
   if (cb == nullptr) return -1;
-  return cb(session != nullptr ? session->UserID() : 0, PackedCode(code, flag), xml, aux_user_);
+  return cb(session != nullptr ? session->UserID() : 0, PackedCode(code, flag), xml, user);
 }
 
 long CPTZObjectList::PostAuxResponseMsg(CPTZControlClass* session, long code, long flag,
@@ -67,22 +85,40 @@ long CPTZObjectList::PostAuxResponseMsg(CPTZControlClass* session, long code, lo
 }
 
 long CPTZObjectList::PostAlarmMsg(CPTZControlClass* session, ALARM_ENTRY* entry) {
-  QV_StatusEventCallBack cb = status_cb_;
+  QV_StatusEventCallBack cb;
+  void* user;
+  {
+    std::lock_guard<std::mutex> lock(callbacks_mu_);
+    cb = status_cb_;
+    user = status_user_;
+  }
   if (cb == nullptr) return -1;
   return cb(session != nullptr ? session->UserID() : 0, EVENT_PTZALARM,
-            reinterpret_cast<const char*>(entry), status_user_);
+            reinterpret_cast<const char*>(entry), user);
 }
 
 long CPTZObjectList::OnPlayEventCallBack(long user_id, long code, long flag, char* body) {
-  QV_ReplayEventCallBack cb = replay_event_cb_;
+  QV_ReplayEventCallBack cb;
+  void* user;
+  {
+    std::lock_guard<std::mutex> lock(callbacks_mu_);
+    cb = replay_event_cb_;
+    user = replay_event_user_;
+  }
   if (cb == nullptr) return QV_E_SOCKET;
-  return cb(user_id, code, flag, body, replay_event_user_);
+  return cb(user_id, code, flag, body, user);
 }
 
 long CPTZObjectList::OnPlayBackDataRecvCallBack(long user_id, unsigned long kind, char* data,
                                                 unsigned long length, FRAME_EXTDATA* extra) {
-  QV_ReplayDataCallBack cb = replay_data_cb_;
+  QV_ReplayDataCallBack cb;
+  void* user;
+  {
+    std::lock_guard<std::mutex> lock(callbacks_mu_);
+    cb = replay_data_cb_;
+    user = replay_data_user_;
+  }
   if (cb == nullptr) return QV_E_SOCKET;
-  if (extra != nullptr) extra->user = replay_data_user_;
+  if (extra != nullptr) extra->user = user;
   return cb(user_id, kind, data, length, extra);
 }

@@ -69,7 +69,8 @@ class CPTZObjectList {
   // Window messages do not exist on this platform: does nothing, 0.
   int SetMessageHWND(int message, long window);
 
-  // ---- host callbacks (no lock: register before logging in) --------------
+  // ---- host callbacks (may be changed while sessions run: each event uses
+  // the pair registered at the moment it is delivered) --------------------
   void SetStatusEventCallBack(QV_StatusEventCallBack cb, void* user);
   void SetAUXResponseCallBack(QV_AUXResponseCallBack cb, void* user);
   void SetExceptionCallBack(QV_ExceptionCallBack cb, void* user);
@@ -159,6 +160,9 @@ class CPTZObjectList {
   int pending_logouts_ = 0;
   int last_error_ = 0;
 
+  // Guards the callback pairs below; held only to copy or replace a pair,
+  // never while a callback runs.
+  mutable std::mutex callbacks_mu_;
   QV_ExceptionCallBack exception_cb_ = nullptr;
   void* exception_user_ = nullptr;
   QV_StatusEventCallBack status_cb_ = nullptr;

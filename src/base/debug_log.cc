@@ -19,7 +19,8 @@ namespace {
 const char kReleaseWarning[] =
     "\xb5\xf7\xd3\xc3" "DebugRelease" "\xb1\xc8\xb5\xf7\xd3\xc3" "DebugInit" "\xb6\xe0!";
 
-char g_ctime_buf[64];
+// One buffer a thread: callers on several threads format at once.
+thread_local char g_ctime_buf[64];
 
 int VDebugLogFunc(const char* fmt, va_list ap) {
   if (!console) return 0;

@@ -2,6 +2,7 @@
 
 #include <pthread.h>
 
+#include <atomic>
 #include <map>
 
 #include "base/debug_log.h"
@@ -10,7 +11,8 @@ namespace {
 
 pthread_mutex_t g_map_mutex = PTHREAD_MUTEX_INITIALIZER;
 std::map<unsigned long, void*>* g_map = nullptr;
-volatile int g_map_created = 0;
+// Set once the map exists; read without the lock on every call.
+std::atomic<int> g_map_created{0};
 
 }  // namespace
 

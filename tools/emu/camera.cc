@@ -129,7 +129,8 @@ void Camera::Impl::AcceptLoop() {
     int fd = accept4(listen_fd_, reinterpret_cast<sockaddr*>(&peer), &len, SOCK_CLOEXEC);
     if (fd < 0) continue;
     int number = ++connections_;
-    Link::Hooks hooks{&behaviour_, &log_, &skipped_bytes_, &bad_lengths_, nullptr};
+    Link::Hooks hooks{&behaviour_, &log_, &skipped_bytes_, &bad_lengths_, nullptr,
+                      options_.hostile, options_.hostile_seed};
     if (options_.verbose) hooks.print = [this](const std::string& s) { Print(s); };
     auto link = std::make_shared<Link>(fd, number, hooks);
     char host[INET_ADDRSTRLEN] = "?";

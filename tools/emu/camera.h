@@ -47,6 +47,10 @@ struct CameraOptions {
   std::string files_dir;          // folder the file store serves and keeps uploads in; "": memory only
   FileMode file_mode = FileMode::kChannel;
   int recording_seconds = 60;     // length of each recording file of the recordings store
+  // Hostile mode (hostile.h): replies, pushed frames and served files turn
+  // hostile now and then, in a sequence fixed by the seed.
+  bool hostile = false;
+  uint64_t hostile_seed = 0;
 };
 
 struct ReceivedFrame {

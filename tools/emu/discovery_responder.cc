@@ -19,6 +19,7 @@
 #include "emu/camera.h"
 #include "emu/config_store.h"
 #include "emu/envelope.h"
+#include "emu/hostile.h"
 #include "link/discovery_readers.h"
 
 namespace qvemu {
@@ -263,6 +264,12 @@ void DiscoveryResponder::Impl::Answer(Member& m, const PendingAnswer& p) {
   }
   long runtime = static_cast<long>((GetTickCount() - m.started) / 1000);
   std::string text = SearchReplyText(options_.reply_root, m.id, m.cached_settings, runtime);
+  if (m.camera->Options().hostile) {
+    HostileDice dice = DiceFor(m.camera->Options().hostile_seed, "discovery",
+                               (static_cast<uint64_t>(p.member) << 32) | m.answers);
+    text = HostileDatagram(&dice, text);
+    if (text.empty()) text = " ";
+  }
 
   sockaddr_in to = p.to;
   to.sin_addr.s_addr = htonl(INADDR_BROADCAST);

@@ -12,6 +12,7 @@
 #include "emu/camera_behaviour.h"
 #include "emu/envelope.h"
 #include "emu/frame_io.h"
+#include "emu/hostile.h"
 #include "emu/snapshot_picture.h"
 #include "emu/system_replies.h"
 
@@ -85,6 +86,18 @@ void FileService::SetMode(FileMode mode) {
 FileMode FileService::Mode() const {
   std::lock_guard<std::mutex> lock(mu_);
   return mode_;
+}
+
+DataChannelFault FileService::NextFaultLocked(std::string* bytes) {
+  if (!options_.hostile) return fault_;
+  HostileDice dice = DiceFor(options_.hostile_seed, "data", ++hostile_transfers_);
+  DataChannelFault fault;
+  int kind = DataChannelFault::kNone;
+  std::string served = HostileFile(&dice, bytes != nullptr ? *bytes : std::string(), &kind,
+                                   &fault.value);
+  fault.kind = static_cast<DataChannelFault::Kind>(kind);
+  if (bytes != nullptr) *bytes = std::move(served);
+  return fault;
 }
 
 void FileService::SetFault(const DataChannelFault& fault) {
@@ -216,7 +229,7 @@ void FileService::OnUploadRequest(LinkState* link, const ReceivedFrame& f,
     std::lock_guard<std::mutex> lock(mu_);
     if (!answer_requests_) return;
     mode = mode_;
-    fault = fault_;
+    fault = NextFaultLocked(nullptr);
   }
   if (mode == FileMode::kLink) {
     std::lock_guard<std::mutex> lock(mu_);
@@ -280,7 +293,7 @@ void FileService::OnDownloadRequest(LinkState* link, const ReceivedFrame& f,
   {
     std::lock_guard<std::mutex> lock(mu_);
     mode = mode_;
-    fault = fault_;
+    fault = NextFaultLocked(&bytes);
   }
   long announced = static_cast<long>(bytes.size());
   if (fault.kind == DataChannelFault::kWrongLength) announced += fault.value;

@@ -115,6 +115,9 @@ class FileService {
   // locked: called from a handler (the behaviour's lock is held).
   bool FinishUpload(long type, const std::string& path, const std::string& bytes, bool locked);
   void AddRecord(const DataChannelRecord& record);
+  // The fault of a transfer starting now (the one set, or in hostile mode a
+  // drawn one, which may also alter the served *bytes); mu_ held.
+  DataChannelFault NextFaultLocked(std::string* bytes);
   void Print(const std::string& text) const;
 
   const CameraOptions options_;
@@ -126,6 +129,7 @@ class FileService {
   mutable std::condition_variable changed_;
   FileMode mode_;
   DataChannelFault fault_;
+  uint64_t hostile_transfers_ = 0;
   bool answer_requests_ = true;
   std::vector<DataChannelRecord> records_;
   int channels_ = 0;

@@ -11,6 +11,7 @@
 #include "emu/envelope.h"
 #include "emu/frame_io.h"
 #include "emu/frame_log.h"
+#include "emu/hostile.h"
 
 namespace qvemu {
 namespace {
@@ -62,6 +63,7 @@ void Link::Run() {
   state.connection = connection_;
   state.send = [this](const std::string& bytes) { return Send(bytes); };
   uint64_t skipped = 0;
+  HostileDice dice = DiceFor(hooks_.hostile_seed, "link", static_cast<uint64_t>(connection_));
   for (;;) {
     if (state.pause_reading_ms > 0) {
       Print(": stops reading for " + std::to_string(state.pause_reading_ms) + " ms");
@@ -112,8 +114,16 @@ void Link::Run() {
     for (const Reply& reply : replies) {
       std::string bytes = hooks_.behaviour->TakeInjection();
       if (!bytes.empty()) Print(": " + std::to_string(bytes.size()) + " raw bytes sent first");
-      bytes += EncodeFrame(MakeEnvelope(reply.type, reply.code, reply.flag, reply.body));
-      if (!WriteAll(fd_, bytes, kSendTimeoutMs, &stop_)) {
+      bool close_after = false;
+      if (hooks_.hostile) {
+        bytes += HostileReply(&dice, reply.type, reply.code, reply.flag, reply.body,
+                              &close_after);
+        bytes += HostileUnsolicited(&dice);
+      } else {
+        bytes += EncodeFrame(MakeEnvelope(reply.type, reply.code, reply.flag, reply.body));
+      }
+      if (!WriteAll(fd_, bytes, kSendTimeoutMs, &stop_) || close_after) {
+        if (close_after) Print(": hostile, dropped after " + std::to_string(bytes.size()) + " bytes");
         Close();
         break;
       }

@@ -24,6 +24,8 @@ class Link {
     std::atomic<uint64_t>* skipped_bytes;
     std::atomic<int>* bad_lengths;
     std::function<void(const std::string&)> print;  // may be empty
+    bool hostile = false;                           // replies turn hostile (hostile.h)
+    uint64_t hostile_seed = 0;
   };
 
   Link(int fd, int connection, Hooks hooks);  // takes the socket

@@ -25,6 +25,7 @@
 #include "emu/camera_farm.h"
 #include "emu/config_store.h"
 #include "emu/file_service.h"
+#include "emu/hostile_rtsp.h"
 #include "emu/rtsp_server.h"
 #include "emu/rtsp_settings.h"
 
@@ -70,6 +71,10 @@ void Usage(FILE* out) {
           "  --delay-ms N         delay every reply by N milliseconds\n"
           "  --no-talk            refuse every talk start as audio disabled (-3)\n"
           "  --talk-refuse F      refuse every talk start with flag F (-1 busy, -2 parameters)\n"
+          "  --drop-links-every MS  drop every control link each MS milliseconds\n"
+          "  --hostile SEED       now and then send hostile replies, frames, files,\n"
+          "                       discovery answers and RTSP bytes; the same SEED\n"
+          "                       gives the same faults for the same traffic\n"
           "  --quiet              print only the first line (and the RTSP line)\n"
           "live stream:\n"
           "  --rtsp-port N        also serve RTSP on port N (0: a free port, printed on\n"
@@ -212,7 +217,7 @@ int main(int argc, char** argv) {
     kTalkSave, kNoTalk, kTalkRefuse, kDiscovery, kCameras, kSerial, kAddress, kDeviceType,
     kDiscoveryPort, kSearchRoot, kReplySpread,
     kFiles, kFileMode, kPutFile, kDataFault, kSilentFiles,
-    kRecordingSeconds, kReplayFragment, kReplayFault
+    kRecordingSeconds, kReplayFragment, kReplayFault, kHostile, kDropLinksEvery
   };
   static const option kOptions[] = {
       {"port", required_argument, nullptr, kPort},
@@ -257,6 +262,8 @@ int main(int argc, char** argv) {
       {"recording-seconds", required_argument, nullptr, kRecordingSeconds},
       {"replay-fragment", required_argument, nullptr, kReplayFragment},
       {"replay-fault", required_argument, nullptr, kReplayFault},
+      {"hostile", required_argument, nullptr, kHostile},
+      {"drop-links-every", required_argument, nullptr, kDropLinksEvery},
       {nullptr, 0, nullptr, 0},
   };
 
@@ -269,6 +276,7 @@ int main(int argc, char** argv) {
   bool heartbeat = true;
   const char* config_path = nullptr;
   long rtsp_port = -1;
+  long drop_every = 0;
   qvemu::RtspOptions rtsp;
   const char* talk_save = nullptr;
   bool talk = true;
@@ -377,6 +385,15 @@ int main(int argc, char** argv) {
         break;
       case kReplayFragment: ok = ParseInt(optarg, 1, 65535, &replay_fragment); break;
       case kReplayFault: ok = ParseReplayFault(optarg, &replay_fault, &replay_fault_frame); break;
+      case kDropLinksEvery: ok = ParseInt(optarg, 1, 86400000, &drop_every); break;
+      case kHostile: {
+        errno = 0;
+        char* end = nullptr;
+        options.hostile_seed = strtoull(optarg, &end, 0);
+        options.hostile = true;
+        ok = errno == 0 && end != optarg && *end == '\0';
+        break;
+      }
       default: ok = false;
     }
     if (!ok) {
@@ -449,6 +466,7 @@ int main(int argc, char** argv) {
     }
   }
   qvemu::RtspServer rtsp_server;
+  qvemu::HostileRtspProxy rtsp_proxy;
   if (rtsp_port >= 0) {
     rtsp.user = options.user;
     rtsp.password = options.password;
@@ -456,7 +474,15 @@ int main(int argc, char** argv) {
       fprintf(stderr, "quorvel-emu: cannot serve RTSP on 127.0.0.1:%ld\n", rtsp_port);
       return 1;
     }
-    printf("quorvel-emu rtsp on 127.0.0.1:%d\n", rtsp_server.Port());
+    int announced = rtsp_server.Port();
+    if (options.hostile) {
+      if (!rtsp_proxy.Start(rtsp_server.Port(), options.hostile_seed)) {
+        fprintf(stderr, "quorvel-emu: cannot start the hostile RTSP relay\n");
+        return 1;
+      }
+      announced = rtsp_proxy.Port();
+    }
+    printf("quorvel-emu rtsp on 127.0.0.1:%d\n", announced);
   }
   // A configuration set that changes the stream settings restarts the RTSP
   // server with them, on the same port, from the main loop.
@@ -479,6 +505,7 @@ int main(int argc, char** argv) {
 
   unsigned long next_alarm = GetTickCount() + static_cast<unsigned long>(alarm_every) * 1000;
   unsigned alarms = 0;
+  unsigned long next_drop = GetTickCount() + static_cast<unsigned long>(drop_every);
   while (!g_stop) {
     SleepMs(100);
     if (rtsp_changed.exchange(false)) {
@@ -494,12 +521,17 @@ int main(int argc, char** argv) {
         fflush(stdout);
       }
     }
+    if (drop_every > 0 && GetTickCount() >= next_drop) {
+      next_drop = GetTickCount() + static_cast<unsigned long>(drop_every);
+      for (qvemu::Camera* each : all) each->CloseLinks();
+    }
     if (alarm_every > 0 && GetTickCount() >= next_alarm) {
       next_alarm += static_cast<unsigned long>(alarm_every) * 1000;
       qvemu::AlarmSpec alarm = AlarmNow(static_cast<int>(alarm_code), ++alarms);
       for (qvemu::Camera* each : all) each->SendAlarm({alarm});
     }
   }
+  rtsp_proxy.Stop();
   rtsp_server.Stop();
   if (cameras) cameras->Stop();
   if (single) single->Stop();

@@ -1,0 +1,481 @@
+// quorvel-soak: 128 sessions against several emulated cameras, each a
+// quorvel-emu process of its own with a fault of its own (dropped links,
+// stalls, hostile bytes, refused logins, restarts), while worker threads
+// issue commands, move files, talk and record live streams. At the end
+// everything is logged out and cleaned up, then checked: no call overran its
+// bound (the watchdog prints the stuck call and its thread's stack), file
+// descriptors and threads are back to their starting counts, resident memory
+// grew less than 1 % from the end of the first minute, every completed
+// download equals its source and every closed recording converts and
+// decodes. Prints its figures; exits 0 when every check holds.
+#include <dirent.h>
+#include <getopt.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <random>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "quorvel/quorvel.h"
+#include "soak/emu_process.h"
+#include "stream/avi_converter.h"
+#include "stream/disk_space.h"
+#include "support/call_watchdog.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using qvtest::CallWatchdog;
+
+constexpr int kSessions = 128;
+constexpr int kCallBoundMs = 60000;  // every call returns within this
+constexpr int kTransferWaitMs = 40000;
+
+// What each camera process does wrong.
+struct Profile {
+  const char* name;
+  std::vector<std::string> args;
+  bool rtsp;
+  bool intact;  // serves its files and stream unchanged
+};
+
+std::vector<Profile> Profiles(uint64_t seed) {
+  return {
+      {"clean", {"--rtsp-shared"}, true, true},
+      {"drops", {"--drop-links-every", "7000", "--rtsp-shared"}, true, true},
+      {"stalls", {"--delay-ms", "1500", "--data-fault", "stall:40000"}, false, true},
+      {"hostile", {"--hostile", std::to_string(seed), "--rtsp-shared"}, true, false},
+      {"refuses", {"--refuse-login"}, false, true},
+      {"restarts", {"--rtsp-shared"}, true, true},
+  };
+}
+
+int CountEntries(const char* dir) {
+  int n = 0;
+  if (DIR* d = opendir(dir)) {
+    while (dirent* e = readdir(d)) n += e->d_name[0] != '.' ? 1 : 0;
+    closedir(d);
+  }
+  return n;
+}
+
+long RssKb() {
+  std::ifstream in("/proc/self/statm");
+  long size = 0, resident = 0;
+  in >> size >> resident;
+  return resident * (sysconf(_SC_PAGESIZE) / 1024);
+}
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream s;
+  s << in.rdbuf();
+  return s.str();
+}
+
+// Status events by session, for the workers to wait on.
+class Events {
+ public:
+  static long OnStatus(long id, long code, const char* data, void* self) {
+    static_cast<Events*>(self)->Add(id, code, code == EVENT_PTZALARM || data == nullptr ? "" : data);
+    return 0;
+  }
+  void Add(long id, long code, const std::string& text) {
+    std::lock_guard<std::mutex> lock(mu_);
+    ++counts_[code];
+    if (id > 0 && id <= kSessions) last_[id].push_back({code, text});
+    if (last_[id].size() > 64) last_[id].erase(last_[id].begin());
+    cv_.notify_all();
+  }
+  void Clear(long id) {
+    std::lock_guard<std::mutex> lock(mu_);
+    last_[id].clear();
+  }
+  // Waits for one of the codes on session id; its code and text, or -1.
+  long Wait(long id, std::initializer_list<long> codes, int timeout_ms, std::string* text) {
+    std::unique_lock<std::mutex> lock(mu_);
+    long found = -1;
+    cv_.wait_for(lock, std::chrono::milliseconds(timeout_ms), [&] {
+      for (auto& e : last_[id]) {
+        for (long c : codes) {
+          if (e.first == c) {
+            found = c;
+            if (text) *text = e.second;
+            return true;
+          }
+        }
+      }
+      return false;
+    });
+    return found;
+  }
+  std::map<long, long> Counts() const {
+    std::lock_guard<std::mutex> lock(mu_);
+    return counts_;
+  }
+
+ private:
+  mutable std::mutex mu_;
+  std::condition_variable cv_;
+  std::map<long, long> counts_;
+  std::map<long, std::vector<std::pair<long, std::string>>> last_;
+};
+
+long IgnoreFrame(long, unsigned long, char*, unsigned long, FRAME_EXTDATA*) { return 0; }
+
+struct Figures {
+  std::atomic<long> calls{0}, downloads_ok{0}, downloads_bad{0}, downloads_failed{0};
+  std::atomic<long> talks{0}, streams{0}, recordings{0}, commands{0};
+  std::mutex mu;
+  std::vector<std::pair<std::string, bool>> recorded;  // path, from an intact camera
+  std::vector<std::string> mismatches;
+};
+
+struct Session {
+  long id = 0;
+  int camera = 0;
+};
+
+class Soak {
+ public:
+  Soak(std::string emu, std::string dir, int seconds, int threads, uint64_t seed)
+      : emu_(std::move(emu)), dir_(std::move(dir)), seconds_(seconds), threads_(threads),
+        seed_(seed), profiles_(Profiles(seed)) {}
+
+  int Run();
+
+ private:
+  bool StartCameras();
+  void Worker(int index);
+  void Download(std::mt19937_64& rng, const Session& s, int worker);
+  void Talk(const Session& s);
+  void Record(std::mt19937_64& rng, const Session& s, int worker);
+  void Command(std::mt19937_64& rng, const Session& s);
+  bool CheckRecordings();
+  bool Running() const { return Clock::now() < end_; }
+
+  const std::string emu_, dir_;
+  const int seconds_, threads_;
+  const uint64_t seed_;
+  const std::vector<Profile> profiles_;
+  std::vector<std::unique_ptr<qvsoak::EmuProcess>> cameras_;
+  std::map<std::string, std::string> sources_;  // camera path -> bytes
+  std::vector<Session> sessions_;
+  Events events_;
+  Figures fig_;
+  CallWatchdog dog_;
+  Clock::time_point end_;
+  std::atomic<int> restarts_{0};
+};
+
+#define WATCHED(call) \
+  (++fig_.calls, CallWatchdog::Guard(&dog_, #call, kCallBoundMs), (call))
+
+bool Soak::StartCameras() {
+  // Three files of different sizes, the same bytes for every camera.
+  std::mt19937_64 rng(seed_);
+  const size_t sizes[] = {12345, 200000, 1500000};
+  std::vector<std::string> puts;
+  for (size_t i = 0; i < 3; ++i) {
+    std::string bytes(sizes[i], '\0');
+    for (auto& c : bytes) c = static_cast<char>(rng());
+    std::string local = dir_ + "/source-" + std::to_string(i);
+    std::ofstream(local, std::ios::binary) << bytes;
+    std::string remote = "/mnt/sd/rec/clip-" + std::to_string(i) + ".avi";
+    sources_[remote] = bytes;
+    puts.push_back("--put-file");
+    puts.push_back(remote + "=" + local);
+  }
+  for (size_t i = 0; i < profiles_.size(); ++i) {
+    std::vector<std::string> args = profiles_[i].args;
+    args.insert(args.end(), puts.begin(), puts.end());
+    cameras_.emplace_back(new qvsoak::EmuProcess(
+        emu_, args, dir_ + "/emu-" + profiles_[i].name + ".log", profiles_[i].rtsp));
+    if (!cameras_.back()->Start()) {
+      fprintf(stderr, "soak: camera %s did not start\n", profiles_[i].name);
+      return false;
+    }
+  }
+  return true;
+}
+
+void Soak::Command(std::mt19937_64& rng, const Session& s) {
+  char buffer[16384];
+  unsigned long returned = 0;
+  int length = sizeof buffer;
+  ++fig_.commands;
+  switch (rng() % 6) {
+    case 0: WATCHED(IP_NET_DVR_PTZControl(s.id, QV_PTZ_ZOOM_TELE, 4, 4)); break;
+    case 1: WATCHED(IP_NET_DVR_GetDVRConfig(s.id, 1040 + rng() % 20, 0, buffer, sizeof buffer, &returned)); break;
+    case 2: WATCHED(IP_NET_DVR_GetUserData(s.id, buffer, &length)); break;
+    case 3: WATCHED(IP_NET_DVR_GetDeviceAbility(s.id)); break;
+    case 4: WATCHED(IP_NET_DVR_CreateIFrame(s.id, 0)); break;
+    default: WATCHED(IP_NET_DVR_PTZPreset(s.id, 39, static_cast<long>(rng() % 255))); break;
+  }
+}
+
+void Soak::Download(std::mt19937_64& rng, const Session& s, int worker) {
+  auto it = sources_.begin();
+  std::advance(it, rng() % sources_.size());
+  std::string local_dir = dir_ + "/w" + std::to_string(worker);
+  std::string remote = it->first;
+  events_.Clear(s.id);
+  if (WATCHED(IP_NET_DVR_GetFileByName(s.id, 2, &remote[0], local_dir.c_str())) != 0) return;
+  std::string text;
+  long code = events_.Wait(s.id, {EVENT_DOWNLOADOK, EVENT_DOWNLOADFAILED}, kTransferWaitMs, &text);
+  if (code != EVENT_DOWNLOADOK) {
+    WATCHED(IP_NET_DVR_CloseUpgradeHandle(s.id));
+    ++fig_.downloads_failed;
+    return;
+  }
+  if (!profiles_[s.camera].intact) return;
+  std::string local = local_dir + remote.substr(remote.rfind('/'));
+  if (ReadFile(local) == it->second) {
+    ++fig_.downloads_ok;
+  } else {
+    ++fig_.downloads_bad;
+    std::lock_guard<std::mutex> lock(fig_.mu);
+    fig_.mismatches.push_back(profiles_[s.camera].name + std::string(": ") + local);
+  }
+  unlink(local.c_str());
+}
+
+void Soak::Talk(const Session& s) {
+  ++fig_.talks;
+  if (WATCHED(IP_NET_DVR_StartVoiceCom(s.id, 0, 8000, 1)) != 0) return;
+  std::string audio(320, '\x55');
+  for (int i = 0; i < 25 && Running(); ++i) {
+    WATCHED(IP_NET_DVR_InputAudioData(s.id, audio.data(), static_cast<int>(audio.size())));
+    std::this_thread::sleep_for(std::chrono::milliseconds(40));
+  }
+  WATCHED(IP_NET_DVR_StopVoiceCom(s.id));
+}
+
+void Soak::Record(std::mt19937_64& rng, const Session& s, int worker) {
+  if (!profiles_[s.camera].rtsp) return;
+  ClientInfo info{};
+  info.port = cameras_[s.camera]->rtsp_port();
+  info.codec_family = 1;
+  long handle = WATCHED(IP_NET_DVR_RealPlay(s.id, 0, &IgnoreFrame, &info, 0));
+  if (handle <= 0) return;
+  ++fig_.streams;
+  std::string file = dir_ + "/w" + std::to_string(worker) + "/rec-" +
+                     std::to_string(fig_.recordings++) + ".avi";
+  // Records for a few seconds once the stream is up.
+  std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+  bool recording = WATCHED(IP_NET_DVR_StartRecord(handle, file.c_str(), 60, 0)) == 0;
+  auto until = Clock::now() + std::chrono::milliseconds(3000 + rng() % 4000);
+  while (Running() && Clock::now() < until) std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  if (recording) WATCHED(IP_NET_DVR_StopRecord(handle));
+  WATCHED(IP_NET_DVR_StopRealPlay(handle));
+  if (recording) {
+    std::lock_guard<std::mutex> lock(fig_.mu);
+    fig_.recorded.emplace_back(file, profiles_[s.camera].intact);
+  }
+}
+
+void Soak::Worker(int index) {
+  std::mt19937_64 rng(seed_ * 1000 + static_cast<uint64_t>(index));
+  // Each worker owns the sessions whose position matches its index, so no
+  // two workers drive one session at once.
+  std::vector<Session> mine;
+  for (size_t i = 0; i < sessions_.size(); ++i) {
+    if (static_cast<int>(i % threads_) == index) mine.push_back(sessions_[i]);
+  }
+  while (Running() && !mine.empty()) {
+    const Session& s = mine[rng() % mine.size()];
+    unsigned pick = rng() % 100;
+    // Live streams from two workers only: the cameras encode on this machine.
+    if (index < 2 && pick < 20) {
+      Record(rng, s, index);
+    } else if (pick < 45) {
+      Download(rng, s, index);
+    } else if (pick < 55) {
+      Talk(s);
+    } else {
+      Command(rng, s);
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+  }
+}
+
+bool Soak::CheckRecordings() {
+  int converted = 0, failed = 0, missing = 0;
+  for (const auto& rec : fig_.recorded) {
+    if (access(rec.first.c_str(), F_OK) != 0) {
+      ++missing;  // no key frame arrived before the stop: no file
+      continue;
+    }
+    std::string out = rec.first + ".mkv";
+    CAviConverter converter;
+    bool ok = converter.Convert(rec.first, out) == 0 && converter.Report().video_frames > 0;
+    if (ok) {
+      std::string cmd = "ffmpeg -nostdin -v error -i '" + out + "' -f null - >/dev/null 2>&1";
+      ok = system(cmd.c_str()) == 0;
+    }
+    if (ok) {
+      ++converted;
+    } else if (rec.second) {
+      ++failed;
+      fprintf(stderr, "soak: recording %s does not convert or decode: %s\n", rec.first.c_str(),
+              converter.Error().c_str());
+    }
+    unlink(out.c_str());
+  }
+  printf("recordings: %zu closed, %d converted and decoded, %d without a file, %d failed\n",
+         fig_.recorded.size(), converted, missing, failed);
+  return failed == 0;
+}
+
+int Soak::Run() {
+  if (!StartCameras()) return 1;
+  for (int w = 0; w < threads_; ++w) mkdir((dir_ + "/w" + std::to_string(w)).c_str(), 0755);
+  SetDiskFreeCommand("echo 99999999 #%s");
+  IP_NET_DVR_Init();
+  IP_NET_DVR_SetStatusEventCallBack(&Events::OnStatus, &events_);
+  int fds_start = CountEntries("/proc/self/fd");
+  int threads_start = CountEntries("/proc/self/task");
+  long rss_start = RssKb();
+  auto started = Clock::now();
+  end_ = started + std::chrono::seconds(seconds_);
+
+  char user[] = "admin", password[] = "admin";
+  for (int i = 0; i < kSessions; ++i) {
+    Session s;
+    s.camera = i % static_cast<int>(cameras_.size());
+    s.id = WATCHED(IP_NET_DVR_Login("127.0.0.1", static_cast<unsigned short>(cameras_[s.camera]->port()),
+                                    user, password, nullptr));
+    if (s.id <= 0) {
+      fprintf(stderr, "soak: login %d refused by the library (%ld)\n", i, s.id);
+      return 1;
+    }
+    sessions_.push_back(s);
+  }
+
+  std::vector<std::thread> workers;
+  for (int w = 0; w < threads_; ++w) workers.emplace_back(&Soak::Worker, this, w);
+  // The restarting camera goes down hard every 15 s; memory is sampled once
+  // the first minute (or a third of a shorter run) is over.
+  long rss_mark = 0;
+  auto mark_at = started + std::chrono::seconds(seconds_ >= 120 ? 60 : seconds_ / 3);
+  auto next_restart = started + std::chrono::seconds(15);
+  size_t restarting = profiles_.size() - 1;
+  while (Running()) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    if (rss_mark == 0 && Clock::now() >= mark_at) rss_mark = RssKb();
+    if (Clock::now() >= next_restart) {
+      next_restart += std::chrono::seconds(15);
+      if (cameras_[restarting]->Restart()) ++restarts_;
+    }
+  }
+  for (auto& w : workers) w.join();
+  long rss_end = RssKb();
+
+  for (const Session& s : sessions_) WATCHED(IP_NET_DVR_Logout(s.id));
+  WATCHED(IP_NET_DVR_Cleanup());
+  // The library's threads are joined by now; give the kernel a moment to
+  // reap them from /proc.
+  int threads_end = 0, fds_end = 0;
+  for (int i = 0; i < 50; ++i) {
+    threads_end = CountEntries("/proc/self/task");
+    fds_end = CountEntries("/proc/self/fd");
+    if (threads_end <= threads_start && fds_end <= fds_start) break;
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  }
+  for (auto& c : cameras_) c->Stop();
+
+  double growth = rss_mark > 0 ? 100.0 * (rss_end - rss_mark) / rss_mark : 0;
+  auto counts = events_.Counts();
+  printf("soak: %d s, %d sessions on %zu cameras, %d worker threads, seed %llu\n", seconds_,
+         kSessions, cameras_.size(), threads_, static_cast<unsigned long long>(seed_));
+  printf("calls: %ld watched, %d overran %d ms\n", fig_.calls.load(), dog_.Stuck(), kCallBoundMs);
+  printf("work: %ld commands, %ld downloads compared equal, %ld differing, %ld not completed, "
+         "%ld talks, %ld live streams, %ld recordings\n",
+         fig_.commands.load(), fig_.downloads_ok.load(), fig_.downloads_bad.load(),
+         fig_.downloads_failed.load(), fig_.talks.load(), fig_.streams.load(),
+         fig_.recordings.load());
+  printf("faults survived: %d camera restarts, %ld links lost (33), %ld socket errors (3), "
+         "%ld connects failed (2), %ld logins refused (5/31), %ld heartbeats lost (34), "
+         "%ld downloads failed (17), %ld talk refusals (7)\n",
+         restarts_.load(), counts[EVENT_LOGIN_RECONNECT], counts[EVENT_SOCKETERROR],
+         counts[EVENT_CONNECTFAILED], counts[EVENT_LOGINFAILED] + counts[EVENT_LOGIN_USERERROR],
+         counts[EVENT_LOGIN_HEARTBEAT_LOST], counts[EVENT_DOWNLOADFAILED],
+         counts[EVENT_STARTAUDIOFAILED]);
+  printf("descriptors: %d at start, %d at end\n", fds_start, fds_end);
+  printf("threads: %d at start, %d at end\n", threads_start, threads_end);
+  printf("resident memory: %ld KB at start, %ld KB after the first %s, %ld KB at the end "
+         "(%+.2f %%)\n",
+         rss_start, rss_mark, seconds_ >= 120 ? "minute" : "third", rss_end, growth);
+  bool ok = true;
+  ok &= CheckRecordings();
+  if (dog_.Stuck() > 0) ok = false;
+  if (fig_.downloads_bad > 0) {
+    ok = false;
+    for (auto& m : fig_.mismatches) fprintf(stderr, "soak: download differs: %s\n", m.c_str());
+  }
+  // Fewer at the end is fine: the stream registry's watchdog thread, started
+  // with the process, ends with the cleanup.
+  if (fds_end > fds_start || threads_end > threads_start) {
+    fprintf(stderr, "soak: descriptors or threads not back to their starting counts\n");
+    ok = false;
+  }
+  if (growth >= 1.0) {
+    fprintf(stderr, "soak: resident memory grew %.2f %%\n", growth);
+    ok = false;
+  }
+  printf("soak: %s\n", ok ? "PASS" : "FAIL");
+  return ok ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  int seconds = 180, threads = 6;
+  uint64_t seed = 1;
+  std::string emu;
+  static const option kOptions[] = {
+      {"seconds", required_argument, nullptr, 's'}, {"threads", required_argument, nullptr, 't'},
+      {"seed", required_argument, nullptr, 'r'},    {"emu", required_argument, nullptr, 'e'},
+      {nullptr, 0, nullptr, 0}};
+  for (int c; (c = getopt_long(argc, argv, "", kOptions, nullptr)) != -1;) {
+    switch (c) {
+      case 's': seconds = atoi(optarg); break;
+      case 't': threads = atoi(optarg); break;
+      case 'r': seed = strtoull(optarg, nullptr, 0); break;
+      case 'e': emu = optarg; break;
+      default:
+        fprintf(stderr, "usage: quorvel-soak [--seconds N] [--threads N] [--seed N] [--emu PATH]\n");
+        return 2;
+    }
+  }
+  if (seconds < 10 || threads < 1 || threads > 64) {
+    fprintf(stderr, "quorvel-soak: --seconds at least 10, --threads 1..64\n");
+    return 2;
+  }
+  if (emu.empty()) {
+    std::string self = argv[0];
+    emu = (self.find('/') == std::string::npos ? "." : self.substr(0, self.rfind('/'))) +
+          "/quorvel-emu";
+  }
+  signal(SIGPIPE, SIG_IGN);
+  char tmpl[] = "/tmp/quorvel-soak.XXXXXX";
+  if (mkdtemp(tmpl) == nullptr) return 1;
+  int result = Soak(emu, tmpl, seconds, threads, seed).Run();
+  std::string rm = std::string("rm -rf '") + tmpl + "'";
+  if (system(rm.c_str()) != 0) perror("rm");
+  return result;
+}
