@@ -3,6 +3,7 @@
 JOBS  ?= 2
 BUILD ?= build
 ASAN_BUILD ?= build-asan
+BENCH_BUILD ?= build-bench
 TSAN_BUILD ?= build-tsan
 # ThreadSanitizer runs the programs several times slower; cases that shrink
 # protocol timers stretch them by this factor.
@@ -88,8 +89,9 @@ package-aarch64: deps-aarch64 $(AARCH64_BUILD)/CMakeCache.txt
 demo: build
 	@scripts/demo $(BUILD)
 
-bench: build
-	@scripts/bench $(BUILD)
+# Optimised build of its own (Release, no tests); prints one table of figures.
+bench: deps
+	@JOBS=$(JOBS) scripts/bench $(BENCH_BUILD)
 
 # libFuzzer targets, built by clang in build-fuzz/ and run FUZZ_SECONDS (60)
 # each; clang is installed by this target only.
@@ -100,4 +102,4 @@ install: build
 	@cmake --install $(BUILD)
 
 clean:
-	@rm -rf $(BUILD) $(ASAN_BUILD) $(TSAN_BUILD) $(AARCH64_BUILD) build-fuzz
+	@rm -rf $(BUILD) $(ASAN_BUILD) $(TSAN_BUILD) $(BENCH_BUILD) $(AARCH64_BUILD) build-fuzz

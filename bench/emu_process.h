@@ -70,10 +70,18 @@ class EmulatorProcess {
     return *value > 0;
   }
 
+  // SIGTERM; an emulator that has not ended 10 s later (its streaming
+  // pipelines can hang in their shutdown on a starved machine) is killed,
+  // so that one stuck camera does not stop the whole run.
   void Stop() {
     if (pid_ <= 0) return;
     kill(pid_, SIGTERM);
-    waitpid(pid_, nullptr, 0);
+    for (int i = 0; i < 1000 && waitpid(pid_, nullptr, WNOHANG) == 0; ++i) usleep(10000);
+    if (waitpid(pid_, nullptr, WNOHANG) == 0) {
+      fprintf(stderr, "quorvel-emu did not end on SIGTERM: killed\n");
+      kill(pid_, SIGKILL);
+      waitpid(pid_, nullptr, 0);
+    }
     pid_ = -1;
   }
 

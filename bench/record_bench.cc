@@ -97,6 +97,7 @@ void Record(const std::vector<Frame>& video, const std::vector<Frame>& audio,
     const Frame& f = is_audio ? audio[a++] : video[v++];
     WaitForRoom(ring);
     ring->Write(f.data.data(), static_cast<int>(f.data.size()), f.key ? 1 : 0, is_audio ? ats : vts);
+    task.FramesArrived();  // as the stream's owner does after each frame
   }
   while (task.VideoFrames() < static_cast<int>(video.size()) ||
          task.AudioFrames() < static_cast<int>(audio.size())) {

@@ -18,8 +18,10 @@
 
 #include "emu/config_store.h"
 #include "emu/envelope.h"
+#include "emu/recordings.h"
 #include "emu/search_reply.h"
 #include "emu/system_replies.h"
+#include "base/base64.h"
 #include "link/packet_framing.h"
 #include "stream/avi_header.h"
 
@@ -127,6 +129,35 @@ std::string Recording(const std::vector<Frame>& frames, bool audio, bool closed)
   return file;
 }
 
+// A replay media packet: the 20-byte header and the data.
+std::string ReplayPacket(uint16_t sequence, int type, bool key, int kind, uint32_t index,
+                         const std::string& data) {
+  std::string h = Le32(1000 + index) + Le32(1000 + index);
+  h += std::string(1, static_cast<char>(sequence)) + std::string(1, static_cast<char>(sequence >> 8));
+  h += std::string(1, static_cast<char>(data.size())) +
+       std::string(1, static_cast<char>(data.size() >> 8));
+  h += std::string(1, static_cast<char>(type)) + std::string(1, key ? 1 : 0) +
+       std::string(1, static_cast<char>(kind)) + std::string(1, '\0') + Le32(index);
+  return h + data;
+}
+
+// Packets as the replay target takes them: each behind its 16-bit length.
+std::string PacketRun(const std::vector<std::string>& packets) {
+  std::string run;
+  for (const std::string& p : packets) {
+    run += std::string(1, static_cast<char>(p.size())) + std::string(1, static_cast<char>(p.size() >> 8)) + p;
+  }
+  return run;
+}
+
+std::string Base64(const std::string& bytes) {
+  CBase64 codec;
+  std::string out(static_cast<size_t>(codec.GetOutSize(static_cast<int>(bytes.size()), true)) + 1, '\0');
+  int n = codec.Encode(bytes.data(), &out[0], static_cast<int>(bytes.size()));
+  out.resize(static_cast<size_t>(n));
+  return out;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -224,6 +255,26 @@ int main(int argc, char** argv) {
   Put("avi_reader", "av_open", Recording(frames, true, false));
   Put("avi_convert", "video", Recording(frames, false, true));
   Put("avi_convert", "av", Recording(frames, true, true));
+
+  // Replay: the start answer with the emulator's parameter blocks, and
+  // media packets of whole frames and of a frame in three fragments.
+  Put("replay_start", "start",
+      "<RESPONSE_PARAM VideoSeconds=\"60\" VideoParam=\"" +
+          Base64(qvemu::RecordingStore::VideoParamBlock()) + "\" AudioParam=\"" +
+          Base64(qvemu::RecordingStore::AudioParamBlock()) + "\" FileName=\"rec-1.avi\" />");
+  std::vector<std::string> packets;
+  uint16_t sequence = 65533;  // runs over the 16-bit wrap
+  uint32_t index = 0;
+  for (const Frame& f : frames) {
+    if (f.bytes.size() < 3) continue;
+    size_t third = f.bytes.size() / 3;
+    packets.push_back(ReplayPacket(sequence++, 1, f.key, 0, index, f.bytes.substr(0, third)));
+    packets.push_back(ReplayPacket(sequence++, 0, f.key, 0, index, f.bytes.substr(third, third)));
+    packets.push_back(ReplayPacket(sequence++, 16, f.key, 0, index, f.bytes.substr(2 * third)));
+    ++index;
+    packets.push_back(ReplayPacket(sequence++, 17, false, 1, index++, std::string(160, '\xd5')));
+  }
+  Put("replay_packets", "frames", PacketRun(packets));
 
   printf("fuzz_seeds: %d inputs in %s\n", written, out_dir.c_str());
   return 0;

@@ -63,16 +63,16 @@ void ReadAudioPlay(const IXML_Node* element, AudioPlayAction* cfg) {
   ReadXmlFields(element, kAudioPlayFields, FieldCount(kAudioPlayFields), cfg);
 }
 
-void ReadAction(const AlarmElementSpec& spec, const IXML_Node* element, void* record) {
-  ReadXmlFields(element, spec.action_fields, spec.action_field_count, record);
+void ReadAction(const AlarmElementLayout& layout, const IXML_Node* element, void* record) {
+  ReadXmlFields(element, layout.action_fields, layout.action_field_count, record);
   for (IXML_Node* c = FirstChildElement(element); c; c = NextSiblingElement(c)) {
     const char* name = ElementName(c);
-    if (spec.io_output != kNone && strcmp(name, "IOOutputAction") == 0)
-      ReadIOOutput(c, At<IOOutputAction>(record, spec.io_output));
-    else if (spec.ptz != kNone && strcmp(name, "PTZAction") == 0)
-      ReadPtzAction(c, At<PTZAction>(record, spec.ptz));
-    else if (spec.audio_play != kNone && strcmp(name, "AudioPlayAction") == 0)
-      ReadAudioPlay(c, At<AudioPlayAction>(record, spec.audio_play));
+    if (layout.io_output != kNone && strcmp(name, "IOOutputAction") == 0)
+      ReadIOOutput(c, At<IOOutputAction>(record, layout.io_output));
+    else if (layout.ptz != kNone && strcmp(name, "PTZAction") == 0)
+      ReadPtzAction(c, At<PTZAction>(record, layout.ptz));
+    else if (layout.audio_play != kNone && strcmp(name, "AudioPlayAction") == 0)
+      ReadAudioPlay(c, At<AudioPlayAction>(record, layout.audio_play));
   }
 }
 
@@ -86,44 +86,44 @@ int NumberedIndex(const NumberedChildren& n, const char* name) {
   return -1;
 }
 
-void WriteAction(const AlarmElementSpec& spec, XmlWriter& out, const void* record) {
-  WriteInlineStart(out, "AlarmAction", spec.action_fields, spec.action_field_count,
+void WriteAction(const AlarmElementLayout& layout, XmlWriter& out, const void* record) {
+  WriteInlineStart(out, "AlarmAction", layout.action_fields, layout.action_field_count,
                    record, ">\r\n");
-  if (spec.io_output != kNone) {
-    const IOOutputAction* io = At<IOOutputAction>(record, spec.io_output);
+  if (layout.io_output != kNone) {
+    const IOOutputAction* io = At<IOOutputAction>(record, layout.io_output);
     out.Append("<IOOutputAction>\r\n");
     for (int i = 0; i < ListCount(io->Count, QV_MAX_OUTPUT_ACTIONS); ++i)
       WriteInlineStart(out, "OutputChannelAction", kOutputActionFields,
                        FieldCount(kOutputActionFields), &io->Channel[i], "/>\r\n");
     out.Append("</IOOutputAction>\r\n");
   }
-  if (spec.ptz != kNone)
+  if (layout.ptz != kNone)
     WriteInlineStart(out, "PTZAction", kPtzActionFields, FieldCount(kPtzActionFields),
-                     At<PTZAction>(record, spec.ptz), "/>\r\n");
-  if (spec.audio_play != kNone)
+                     At<PTZAction>(record, layout.ptz), "/>\r\n");
+  if (layout.audio_play != kNone)
     WriteInlineStart(out, "AudioPlayAction", kAudioPlayFields,
                      FieldCount(kAudioPlayFields),
-                     At<AudioPlayAction>(record, spec.audio_play), "/>\r\n");
+                     At<AudioPlayAction>(record, layout.audio_play), "/>\r\n");
   out.Append("</AlarmAction>\r\n");
 }
 
 }  // namespace
 
-void ReadAlarmElement(const AlarmElementSpec& spec, const IXML_Node* element,
+void ReadAlarmElement(const AlarmElementLayout& layout, const IXML_Node* element,
                       void* record, size_t size) {
   memset(record, 0, size);
-  if (spec.schedule != kNone) SetAllTimeSpan(At<TimeSpanCfg>(record, spec.schedule));
-  ReadXmlFields(element, spec.fields, spec.field_count, record);
-  ReadTimeAttrs(element, spec.times, spec.time_count, record);
+  if (layout.schedule != kNone) SetAllTimeSpan(At<TimeSpanCfg>(record, layout.schedule));
+  ReadXmlFields(element, layout.fields, layout.field_count, record);
+  ReadTimeAttrs(element, layout.times, layout.time_count, record);
   for (IXML_Node* c = FirstChildElement(element); c; c = NextSiblingElement(c)) {
     const char* name = ElementName(c);
-    if (spec.schedule != kNone && strcmp(name, "EnableTimeList") == 0) {
+    if (layout.schedule != kNone && strcmp(name, "EnableTimeList") == 0) {
       IXML_Node* span = FirstChildNamed(c, "TimeSpanCfg");
-      if (span) ReadTimeSpanCfg(span, At<TimeSpanCfg>(record, spec.schedule));
-    } else if (spec.action && strcmp(name, "AlarmAction") == 0) {
-      ReadAction(spec, c, record);
-    } else if (spec.numbered) {
-      const NumberedChildren& n = *spec.numbered;
+      if (span) ReadTimeSpanCfg(span, At<TimeSpanCfg>(record, layout.schedule));
+    } else if (layout.action && strcmp(name, "AlarmAction") == 0) {
+      ReadAction(layout, c, record);
+    } else if (layout.numbered) {
+      const NumberedChildren& n = *layout.numbered;
       int i = NumberedIndex(n, name);
       if (i < 0) continue;
       void* entry = At<char>(record, n.offset + i * static_cast<int>(n.size));
@@ -133,21 +133,21 @@ void ReadAlarmElement(const AlarmElementSpec& spec, const IXML_Node* element,
   }
 }
 
-void WriteAlarmElement(const AlarmElementSpec& spec, XmlWriter& out,
+void WriteAlarmElement(const AlarmElementLayout& layout, XmlWriter& out,
                        const void* record) {
-  bool empty = !spec.numbered && spec.schedule == kNone && !spec.action;
-  size_t attrs = spec.field_count + spec.time_count;
+  bool empty = !layout.numbered && layout.schedule == kNone && !layout.action;
+  size_t attrs = layout.field_count + layout.time_count;
   if (attrs == 0) {
-    out.Append("<%s%s", spec.name, empty ? "/>\r\n" : ">\r\n");
+    out.Append("<%s%s", layout.name, empty ? "/>\r\n" : ">\r\n");
   } else {
-    out.Append("<%s ", spec.name);
-    WriteXmlFields(out, spec.fields, spec.field_count, record, " ");
-    WriteTimeAttrs(out, spec.times, spec.time_count, record, " ");
+    out.Append("<%s ", layout.name);
+    WriteXmlFields(out, layout.fields, layout.field_count, record, " ");
+    WriteTimeAttrs(out, layout.times, layout.time_count, record, " ");
     out.Append("%s", empty ? "/>\r\n" : ">\r\n");
   }
   if (empty) return;
-  if (spec.numbered) {
-    const NumberedChildren& n = *spec.numbered;
+  if (layout.numbered) {
+    const NumberedChildren& n = *layout.numbered;
     char name[32];
     for (int i = 0; i < n.count; ++i) {
       snprintf(name, sizeof(name), n.format, i + 1);
@@ -155,13 +155,13 @@ void WriteAlarmElement(const AlarmElementSpec& spec, XmlWriter& out,
                        At<char>(record, n.offset + i * static_cast<int>(n.size)), "/>\r\n");
     }
   }
-  if (spec.schedule != kNone) {
+  if (layout.schedule != kNone) {
     out.Append("<EnableTimeList>\r\n");
-    WriteTimeSpanCfg(out, At<TimeSpanCfg>(record, spec.schedule));
+    WriteTimeSpanCfg(out, At<TimeSpanCfg>(record, layout.schedule));
     out.Append("\r\n</EnableTimeList>\r\n");
   }
-  if (spec.action) WriteAction(spec, out, record);
-  out.Append("</%s>\r\n", spec.name);
+  if (layout.action) WriteAction(layout, out, record);
+  out.Append("</%s>\r\n", layout.name);
 }
 
 }  // namespace qvconfig

@@ -30,7 +30,7 @@ struct NumberedChildren {
   size_t field_count;
 };
 
-struct AlarmElementSpec {
+struct AlarmElementLayout {
   const char* name;
   const XmlField* fields;  // attributes of the element, writing order
   size_t field_count;
@@ -47,9 +47,9 @@ struct AlarmElementSpec {
 };
 
 // Clears the record, makes its schedule the full week and reads the element.
-void ReadAlarmElement(const AlarmElementSpec& spec, const IXML_Node* element,
+void ReadAlarmElement(const AlarmElementLayout& layout, const IXML_Node* element,
                       void* record, size_t size);
-void WriteAlarmElement(const AlarmElementSpec& spec, XmlWriter& out,
+void WriteAlarmElement(const AlarmElementLayout& layout, XmlWriter& out,
                        const void* record);
 
 }  // namespace qvconfig

@@ -20,7 +20,7 @@ const XmlField kChannelAction[] = {
     F(AlarmChannel, light_twinkle), F(AlarmChannel, notify_alarmserver),
     F(AlarmChannel, notify_sms),
 };
-const AlarmElementSpec kChannel = {
+const AlarmElementLayout kChannel = {
     "AlarmChannel", FIELDS(kChannelFields), nullptr, 0, nullptr,
     OFF(AlarmChannel, TimeSpan), true, FIELDS(kChannelAction),
     OFF(AlarmChannel, IOOutput), OFF(AlarmChannel, PTZ), OFF(AlarmChannel, AudioPlay)};
@@ -40,7 +40,7 @@ const XmlField kMdAction[] = {
     F(MotionDetectAlarm, light_twinkle), F(MotionDetectAlarm, notify_alarmserver),
     F(MotionDetectAlarm, alarm_led), F(MotionDetectAlarm, alarm_push),
 };
-const AlarmElementSpec kMotionDetect = {
+const AlarmElementLayout kMotionDetect = {
     "MotionDetectAlarm", FIELDS(kMdFields), FIELDS(kMdTimes), nullptr,
     OFF(MotionDetectAlarm, TimeSpan), true, FIELDS(kMdAction),
     OFF(MotionDetectAlarm, IOOutput), OFF(MotionDetectAlarm, PTZ),
@@ -48,7 +48,7 @@ const AlarmElementSpec kMotionDetect = {
 
 // ---- VideoLostAlarm
 const XmlField kVlFields[] = {F(VideoLostAlarm, Enable)};
-const AlarmElementSpec kVideoLost = {
+const AlarmElementLayout kVideoLost = {
     "VideoLostAlarm", FIELDS(kVlFields), nullptr, 0, nullptr,
     OFF(VideoLostAlarm, TimeSpan), true, nullptr, 0,
     OFF(VideoLostAlarm, IOOutput), kNone, kNone};
@@ -58,14 +58,14 @@ const XmlField kVcFields[] = {
     F(VideoCoverAlarm, Enable), F(VideoCoverAlarm, Sensitivity),
     F(VideoCoverAlarm, threadhold_second), F(VideoCoverAlarm, backgroundUpdateSecond),
 };
-const AlarmElementSpec kVideoCover = {
+const AlarmElementLayout kVideoCover = {
     "VideoCoverAlarm", FIELDS(kVcFields), nullptr, 0, nullptr,
     OFF(VideoCoverAlarm, TimeSpan), true, nullptr, 0,
     OFF(VideoCoverAlarm, IOOutput), kNone, OFF(VideoCoverAlarm, AudioPlay)};
 
 // ---- StorageFullAlarm
 const XmlField kSfFields[] = {F(StorageFullAlarm, Enable), F(StorageFullAlarm, Threshold)};
-const AlarmElementSpec kStorageFull = {
+const AlarmElementLayout kStorageFull = {
     "StorageFullAlarm", FIELDS(kSfFields), nullptr, 0, nullptr, kNone, true, nullptr, 0,
     OFF(StorageFullAlarm, IOOutput), kNone, kNone};
 
@@ -74,7 +74,7 @@ const XmlField kAudioFields[] = {
     F(AudioAlarm, enable_babycry), F(AudioAlarm, sensity_babycry),
     F(AudioAlarm, enable_lsd), F(AudioAlarm, sensity_lsd),
 };
-const AlarmElementSpec kAudio = {
+const AlarmElementLayout kAudio = {
     "AudioAlarm", FIELDS(kAudioFields), nullptr, 0, nullptr, kNone, false, nullptr, 0,
     kNone, kNone, kNone};
 
@@ -90,7 +90,7 @@ const XmlField kGateAction[] = {
     F(VideoGate, drawrect), F(VideoGate, draw_target), F(VideoGate, light_twinkle),
     F(VideoGate, notify_alarmserver), F(VideoGate, alarm_led), F(VideoGate, alarm_push),
 };
-const AlarmElementSpec kVideoGate = {
+const AlarmElementLayout kVideoGate = {
     "VideoGate", nullptr, 0, nullptr, 0, &kLines, OFF(VideoGate, TimeSpan), true,
     FIELDS(kGateAction), OFF(VideoGate, IOOutput), kNone, OFF(VideoGate, AudioPlay)};
 
@@ -106,7 +106,7 @@ const XmlField kRegionAction[] = {
     F(VideoRegionAi, light_twinkle), F(VideoRegionAi, notify_alarmserver),
     F(VideoRegionAi, alarm_led), F(VideoRegionAi, alarm_push),
 };
-const AlarmElementSpec kRegionAi = {
+const AlarmElementLayout kRegionAi = {
     "VideoRegionAi", nullptr, 0, nullptr, 0, &kRules, OFF(VideoRegionAi, TimeSpan), true,
     FIELDS(kRegionAction), OFF(VideoRegionAi, IOOutput), kNone,
     OFF(VideoRegionAi, AudioPlay)};
@@ -123,14 +123,14 @@ const XmlField kPdAction[] = {
     F(VideoPD, auto_zoom), F(VideoPD, rect_twinkle), F(VideoPD, light_twinkle),
     F(VideoPD, notify_alarmserver), F(VideoPD, alarm_led), F(VideoPD, alarm_push),
 };
-const AlarmElementSpec kPersonDetect = {
+const AlarmElementLayout kPersonDetect = {
     "VideoPD", FIELDS(kPdFields), nullptr, 0, nullptr, OFF(VideoPD, TimeSpan), true,
     FIELDS(kPdAction), OFF(VideoPD, IOOutput), kNone, OFF(VideoPD, AudioPlay)};
 
 // ---- Lpr
 const XmlField kLprFields[] = {F(Lpr, Enable), F(Lpr, Sensitivity)};
 const XmlField kLprAction[] = {F(Lpr, drawosd), F(Lpr, playvoice)};
-const AlarmElementSpec kLpr = {
+const AlarmElementLayout kLpr = {
     "Lpr", FIELDS(kLprFields), nullptr, 0, nullptr, OFF(Lpr, TimeSpan), true,
     FIELDS(kLprAction), OFF(Lpr, IOOutput), kNone, kNone};
 
@@ -141,7 +141,7 @@ const XmlField kFdFields[] = {
     F(FaceDetect, width), F(FaceDetect, height),
 };
 const XmlField kFdAction[] = {F(FaceDetect, drawrect)};
-const AlarmElementSpec kFaceDetect = {
+const AlarmElementLayout kFaceDetect = {
     "FaceDetect", FIELDS(kFdFields), nullptr, 0, nullptr, OFF(FaceDetect, TimeSpan), true,
     FIELDS(kFdAction), OFF(FaceDetect, IOOutput), kNone, OFF(FaceDetect, AudioPlay)};
 
@@ -156,7 +156,7 @@ const XmlField kThFields[] = {
     F(Temp_humidity, voc_TracePollution), F(Temp_humidity, voc_LightPollution),
     F(Temp_humidity, voc_ModeratePollution), F(Temp_humidity, voc_HeavyPollution),
 };
-const AlarmElementSpec kTempHumidity = {
+const AlarmElementLayout kTempHumidity = {
     "Temp_humidity", FIELDS(kThFields), nullptr, 0, nullptr, kNone, true, nullptr, 0,
     OFF(Temp_humidity, IOOutput), kNone, kNone};
 
@@ -167,7 +167,7 @@ const XmlField kOutputFields[] = {
     F(OutputChannel, DayEnable), F(OutputChannel, NightEnable),
     F(OutputChannel, EnableDay), F(OutputChannel, EnableNight),
 };
-const AlarmElementSpec kOutputChannel = {
+const AlarmElementLayout kOutputChannel = {
     "OutputChannel", FIELDS(kOutputFields), nullptr, 0, nullptr, kNone, false, nullptr, 0,
     kNone, kNone, kNone};
 
@@ -176,19 +176,19 @@ const XmlField kSmsFields[] = {
     F(SMSAlarm, enable), F(SMSAlarm, min_interval), F(SMSAlarm, playresult),
     F(SMSAlarm, dstnumber), F(SMSAlarm, content),
 };
-const AlarmElementSpec kSms = {
+const AlarmElementLayout kSms = {
     "SMSAlarm", FIELDS(kSmsFields), nullptr, 0, nullptr, kNone, false, nullptr, 0,
     kNone, kNone, kNone};
 
 }  // namespace
 
-#define ALARM_ELEMENT(Rec, spec)                                   \
+#define ALARM_ELEMENT(Rec, layout)                                   \
   int Read##Rec(const IXML_Node* element, Rec* cfg) {              \
-    ReadAlarmElement(spec, element, cfg, sizeof(*cfg));            \
+    ReadAlarmElement(layout, element, cfg, sizeof(*cfg));            \
     return 0;                                                      \
   }                                                                \
   void Write##Rec(XmlWriter& out, const Rec* cfg) {                \
-    WriteAlarmElement(spec, out, cfg);                             \
+    WriteAlarmElement(layout, out, cfg);                             \
   }
 
 ALARM_ELEMENT(AlarmChannel, kChannel)

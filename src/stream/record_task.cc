@@ -169,9 +169,15 @@ int CRecordTask::Kill(int wait) {
   return CThreadClass::Kill(wait);
 }
 
+bool CRecordTask::RingHalfFull() {
+  // Audio the file leaves out stays in its ring (which drops the oldest):
+  // it wakes nobody.
+  return video_ring_.GetReadCount() >= kWakeFrames ||
+         (audio_enable_ && audio_ring_.GetReadCount() >= kWakeFrames);
+}
+
 void CRecordTask::FramesArrived() {
-  if (!waiting_) return;
-  if (video_ring_.GetReadCount() < kWakeFrames && audio_ring_.GetReadCount() < kWakeFrames) return;
+  if (!waiting_ || !RingHalfFull()) return;
   {
     std::lock_guard<std::mutex> guard(wake_mutex_);
     wake_pending_ = true;
@@ -181,9 +187,12 @@ void CRecordTask::FramesArrived() {
 
 void CRecordTask::WaitForFrames(unsigned long ms) {
   std::unique_lock<std::mutex> lock(wake_mutex_);
+  // The writer counts its frame before it looks at waiting_, and this
+  // thread sets waiting_ before it looks at the counts: a ring that filled
+  // while the last batch was being written is not slept through.
   waiting_ = true;
   wake_.wait_for(lock, std::chrono::milliseconds(ms),
-                 [this] { return wake_pending_ || stop_asked_; });
+                 [this] { return wake_pending_ || stop_asked_ || RingHalfFull(); });
   waiting_ = false;
   wake_pending_ = false;
 }

@@ -153,6 +153,7 @@ class CRecordTask : public CThreadClass {
   // Waits while the rings fill: until FramesArrived wakes it, a stop, or
   // ms have passed.
   void WaitForFrames(unsigned long ms);
+  bool RingHalfFull();  // a ring holds enough frames to wake the thread
   void SendEvent(int event, const char* text);
   // Writes frames into the file until the stop, or the file length followed
   // by a key frame.

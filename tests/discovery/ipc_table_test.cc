@@ -14,7 +14,7 @@ namespace {
 
 using qvtest::Reply;
 using qvtest::ReplyFrom;
-using qvtest::ReplySpec;
+using qvtest::ReplyShape;
 using qvtest::Replaced;
 using qvtest::Writable;
 
@@ -38,11 +38,11 @@ IPC_ENTRY Entry(CCSearchIPC& search, long index) {
 
 TEST(SearchTable, AnAnswerBecomesAnEntry) {
   CCSearchIPC search;
-  ReplySpec spec;
-  spec.serial = "QV-100";
-  spec.ip = "10.20.30.40";
-  spec.osd = "Front door";
-  ASSERT_EQ(Take(search, Reply(spec), "qvh0"), 0);
+  ReplyShape shape;
+  shape.serial = "QV-100";
+  shape.ip = "10.20.30.40";
+  shape.osd = "Front door";
+  ASSERT_EQ(Take(search, Reply(shape), "qvh0"), 0);
   ASSERT_EQ(search.GetIPCCount(), 1);
   IPC_ENTRY e = Entry(search, 0);
   EXPECT_STREQ(e.interface_name, "qvh0");
@@ -75,11 +75,11 @@ TEST(SearchTable, TheSameSerialReplacesItsEntry) {
 TEST(SearchTable, RecordersNeverEnter) {
   CCSearchIPC search;
   for (const char* type : {"NVR", "NVR-16", "HYBRID_NVR"}) {
-    ReplySpec spec;
-    spec.type = type;
-    EXPECT_EQ(Take(search, Reply(spec)), -1) << type;
+    ReplyShape shape;
+    shape.type = type;
+    EXPECT_EQ(Take(search, Reply(shape)), -1) << type;
   }
-  ReplySpec nvr_lower;
+  ReplyShape nvr_lower;
   nvr_lower.type = "nvr";  // the rule is case-sensitive
   EXPECT_EQ(Take(search, Reply(nvr_lower)), 0);
   EXPECT_EQ(search.GetIPCCount(), 1);

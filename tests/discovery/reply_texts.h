@@ -11,7 +11,7 @@
 
 namespace qvtest {
 
-struct ReplySpec {
+struct ReplyShape {
   std::string serial = "SN-0001";
   std::string type = "IPC";
   std::string ip = "192.168.1.88";
@@ -30,20 +30,20 @@ inline const std::string& SettingsFor(const std::string& ip) {
   return cache[ip] = qvemu::ReplySettings(document);
 }
 
-inline std::string Reply(const ReplySpec& spec) {
+inline std::string Reply(const ReplyShape& shape) {
   qvemu::DiscoveryIdentity id;
-  id.serial = spec.serial;
-  id.device_type = spec.type;
-  id.osd = spec.osd;
-  id.p2p_id = "P2P-" + spec.serial;
-  return qvemu::SearchReplyText(spec.root, id, SettingsFor(spec.ip), 42);
+  id.serial = shape.serial;
+  id.device_type = shape.type;
+  id.osd = shape.osd;
+  id.p2p_id = "P2P-" + shape.serial;
+  return qvemu::SearchReplyText(shape.root, id, SettingsFor(shape.ip), 42);
 }
 
 inline std::string ReplyFrom(const std::string& serial, const std::string& ip = "192.168.1.88") {
-  ReplySpec spec;
-  spec.serial = serial;
-  spec.ip = ip;
-  return Reply(spec);
+  ReplyShape shape;
+  shape.serial = serial;
+  shape.ip = ip;
+  return Reply(shape);
 }
 
 // A text in a writable, terminated buffer, as the search thread hands it on.

@@ -1,8 +1,11 @@
-// quorvel convert [--fps N] [--alaw|--mulaw] [--aac-config HEX] IN OUT
+// quorvel convert IN OUT: a recording of the library (or the .tmp a crash
+// left behind) into a standard container. Runs the library's converter
+// itself, not through the exported functions.
 #include <cctype>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -11,23 +14,21 @@ extern "C" {
 #include <libavutil/log.h>
 }
 
-#include "command.h"
+#include "cli.h"
+#include "converter_log.h"
+#include "report.h"
 #include "stream/avi_converter.h"
 
 namespace {
 
-int Usage() {
-  fprintf(stderr,
-          "usage: quorvel convert [--fps N] [--alaw|--mulaw] [--aac-config HEX] IN OUT\n"
-          "  OUT's extension picks the container: .avi, .mp4, .mov or .mkv\n"
-          "  --fps N    play the video at N frames per second (default: the recording's)\n"
-          "  --alaw, --mulaw  the G.711 law (default: told from the samples)\n"
-          "  --aac-config HEX  the stream's AudioSpecificConfig, as in QV_AUDIO_PARAM.config\n"
-          "             (default: AAC-LC at the recording's rate and channels)\n");
-  return 2;
-}
+struct ConvertOptions {
+  int fps = 0;
+  bool alaw = false;
+  bool mulaw = false;
+  std::string aac_config;
+  std::string in, out;
+};
 
-// "1408" -> {0x14, 0x08}; false for anything but 1 to 64 bytes of hex.
 bool ParseHex(const std::string& text, std::vector<uint8_t>* out) {
   if (text.empty() || text.size() % 2 != 0 || text.size() > 128) return false;
   out->clear();
@@ -60,40 +61,48 @@ void PrintReport(const std::string& out, const AviConvertReport& r) {
   if (!r.damage.empty()) printf("  stopped early: %s\n", r.damage.c_str());
 }
 
-}  // namespace
-
-int RunConvert(int argc, char** argv) {
+int RunConvert(const Cli& cli, const ConvertOptions& o) {
+  SetConverterLog(cli.log.console);
   AviConvertOptions options;
-  const char* files[2] = {nullptr, nullptr};
-  int n = 0;
-  for (int i = 1; i < argc; ++i) {
-    std::string a = argv[i];
-    if (a == "--fps" && i + 1 < argc) {
-      char* end = nullptr;
-      long fps = strtol(argv[++i], &end, 10);
-      if (*end != '\0' || fps < 1 || fps > 1000) return Usage();
-      options.frame_rate = static_cast<int>(fps);
-    } else if (a == "--alaw") {
-      options.g711_law = kG711ALaw;
-    } else if (a == "--mulaw") {
-      options.g711_law = kG711MuLaw;
-    } else if (a == "--aac-config" && i + 1 < argc) {
-      if (!ParseHex(argv[++i], &options.aac_config)) return Usage();
-    } else if (a.size() > 1 && a[0] == '-') {
-      return Usage();
-    } else if (n < 2) {
-      files[n++] = argv[i];
-    } else {
-      return Usage();
-    }
-  }
-  if (n != 2) return Usage();
+  if (o.fps > 0) options.frame_rate = o.fps;
+  if (o.alaw) options.g711_law = kG711ALaw;
+  if (o.mulaw) options.g711_law = kG711MuLaw;
+  if (!o.aac_config.empty()) ParseHex(o.aac_config, &options.aac_config);  // checked when read
   av_log_set_level(AV_LOG_ERROR);
   CAviConverter converter(options);
-  if (converter.Convert(files[0], files[1]) != 0) {
-    fprintf(stderr, "quorvel convert: %s\n", converter.Error().c_str());
-    return 1;
-  }
-  PrintReport(files[1], converter.Report());
+  if (converter.Convert(o.in, o.out) != 0) return Fail("convert failed: " + converter.Error());
+  PrintReport(o.out, converter.Report());
   return 0;
+}
+
+}  // namespace
+
+void AddConvertCommand(Cli& cli) {
+  auto o = std::make_shared<ConvertOptions>();
+  CLI::App* convert = cli.Add(
+      &cli.app, "convert",
+      "turn a recording (or a .tmp left by a crash) into a standard .avi/.mp4/.mov/.mkv",
+      [&cli, o] { return RunConvert(cli, *o); });
+  convert->add_option("IN", o->in, "the recording")->required();
+  convert->add_option("OUT", o->out, "the file to write; its extension picks the container")
+      ->required();
+  convert->add_option("--fps", o->fps, "play the video at N frames per second (default: the "
+                                       "recording's)")
+      ->type_name("N")->check(CLI::Range(1, 1000));
+  auto* alaw = convert->add_flag("--alaw", o->alaw, "the G.711 audio is A-law");
+  convert->add_flag("--mulaw", o->mulaw, "the G.711 audio is mu-law (default: told from the "
+                                         "samples)")
+      ->excludes(alaw);
+  convert->add_option("--aac-config", o->aac_config,
+                      "the stream's AudioSpecificConfig in hexadecimal, as in "
+                      "QV_AUDIO_PARAM.config (default: AAC-LC at the recording's rate and "
+                      "channels)")
+      ->type_name("HEX")
+      ->check(CLI::Validator(
+          [](std::string& text) {
+            std::vector<uint8_t> bytes;
+            return ParseHex(text, &bytes) ? std::string()
+                                          : "wants 1 to 64 bytes of hexadecimal, as 1408";
+          },
+          "HEX"));
 }

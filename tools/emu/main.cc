@@ -25,6 +25,7 @@
 #include "emu/camera_farm.h"
 #include "emu/config_store.h"
 #include "emu/file_service.h"
+#include "emu/firmware_image.h"
 #include "emu/hostile_rtsp.h"
 #include "emu/rtsp_server.h"
 #include "emu/rtsp_settings.h"
@@ -57,6 +58,7 @@ void Usage(FILE* out) {
           "  --data-fault KIND:N  wrong-length:N (announce N bytes more), stall:N or\n"
           "                       close:N (after N bytes of the file), wrong-flag:0\n"
           "  --silent-files       leave transfer requests unanswered\n"
+          "  --make-firmware FILE write a firmware image this camera accepts to FILE, and exit\n"
           "replay:\n"
           "  --recording-seconds N  length of each recording file (default 60)\n"
           "  --replay-fragment N  data bytes in one media packet at most (default 8192)\n"
@@ -217,7 +219,7 @@ int main(int argc, char** argv) {
     kTalkSave, kNoTalk, kTalkRefuse, kDiscovery, kCameras, kSerial, kAddress, kDeviceType,
     kDiscoveryPort, kSearchRoot, kReplySpread,
     kFiles, kFileMode, kPutFile, kDataFault, kSilentFiles,
-    kRecordingSeconds, kReplayFragment, kReplayFault, kHostile, kDropLinksEvery
+    kRecordingSeconds, kReplayFragment, kReplayFault, kHostile, kDropLinksEvery, kMakeFirmware
   };
   static const option kOptions[] = {
       {"port", required_argument, nullptr, kPort},
@@ -264,6 +266,7 @@ int main(int argc, char** argv) {
       {"replay-fault", required_argument, nullptr, kReplayFault},
       {"hostile", required_argument, nullptr, kHostile},
       {"drop-links-every", required_argument, nullptr, kDropLinksEvery},
+      {"make-firmware", required_argument, nullptr, kMakeFirmware},
       {nullptr, 0, nullptr, 0},
   };
 
@@ -379,6 +382,17 @@ int main(int argc, char** argv) {
       }
       case kDataFault: ok = ParseDataFault(optarg, &data_fault); break;
       case kSilentFiles: silent_files = true; break;
+      case kMakeFirmware: {
+        std::string payload(64 * 1024, '\0');
+        for (size_t i = 0; i < payload.size(); ++i) payload[i] = static_cast<char>(i * 31 + 7);
+        std::ofstream out(optarg, std::ios::binary);
+        out << qvemu::MakeFirmwareImage(2, payload);
+        if (!out.flush()) {
+          fprintf(stderr, "quorvel-emu: cannot write %s\n", optarg);
+          return 1;
+        }
+        return 0;
+      }
       case kRecordingSeconds:
         ok = ParseInt(optarg, 1, 86400, &number);
         options.recording_seconds = static_cast<int>(number);
