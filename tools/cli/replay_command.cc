@@ -40,7 +40,7 @@ std::string DayText(unsigned seconds) {
 }
 
 std::string MinuteText(unsigned minute) {
-  char text[8];
+  char text[16];
   snprintf(text, sizeof(text), "%02u:%02u", minute / 60, minute % 60);
   return text;
 }
