@@ -1,5 +1,8 @@
 #include "emu/replay_server.h"
 
+#include <algorithm>
+#include <climits>
+
 #include <tinyxml.h>
 
 #include <cstdlib>
@@ -80,7 +83,11 @@ void ReplayServer::Start(time_t camera_now, LinkState* link, const ReceivedFrame
   if (front_replay_ && f.type == kTimeline) {
     time_t when = atol(BodyXml::Attr(param, "PlayTimestampInsec").c_str());
     found = store_.ByTime(when, camera_now, &r);
-    frame = static_cast<int>(when - r.start) * RecordingStore::kFramesPerSecond;
+    // A time outside every recording finds nothing; only a found one sets the frame.
+    if (found) {
+      long long offset = static_cast<long long>(when - r.start) * RecordingStore::kFramesPerSecond;
+      frame = static_cast<int>(std::max(0LL, std::min(offset, static_cast<long long>(INT_MAX))));
+    }
   } else if (front_replay_) {
     found = store_.ByName(BodyXml::Attr(param, "FileName"), camera_now, &r);
   }
