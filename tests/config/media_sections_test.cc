@@ -330,10 +330,7 @@ TEST(MediaReaders, OverlongTextsBadNumbersAndFloods) {
   // A count outside the list is written as the list holds it.
   u.Count = 1000;
   std::string written = TakeText(XMLGET_VideoUserOverlayConfig(&u));
-  size_t lines = 0;
-  for (size_t at = written.find("<UserOSD"); at != std::string::npos; at = written.find("<UserOSD", at + 1))
-    ++lines;
-  EXPECT_EQ(lines, static_cast<size_t>(QV_MAX_USER_OSD));
+  EXPECT_EQ(Occurrences(written, "<UserOSD"), static_cast<size_t>(QV_MAX_USER_OSD));
   u.Count = -5;
   EXPECT_EQ(TakeText(XMLGET_VideoUserOverlayConfig(&u)), "<UserOverlay>\r\n</UserOverlay>\r\n");
 

@@ -16,6 +16,13 @@ inline bool EndsWith(const std::string& text, const std::string& tail) {
          text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
 }
 
+// How often piece stands in text (overlapping ones counted).
+inline size_t Occurrences(const std::string& text, const std::string& piece) {
+  size_t n = 0;
+  for (size_t at = text.find(piece); at != std::string::npos; at = text.find(piece, at + 1)) ++n;
+  return n;
+}
+
 // Takes over a writer's text (null gives "" and a failure).
 inline std::string TakeText(char* text) {
   EXPECT_NE(text, nullptr);
