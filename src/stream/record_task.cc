@@ -361,7 +361,9 @@ void CRecordTask::RecordFrames(int file_seconds) {
       FrameDone(taken);
       continue;
     }
-    if (audio_enable_ && !has_audio) QV_LOG("[%s:%d][%s][%d]read v\n", "record", video_frames_);
+    if (audio_enable_ && !has_audio) {
+      QV_LOG("[%s:%d][%s][%d]read v\n", "record", video_frames_.load());
+    }
     unsigned char* frame = TakeFrame(&video_ring_, &length, &flag, &ts, &taken);
     if (frame == nullptr || length <= 0) {
       FrameDone(taken);
@@ -459,7 +461,8 @@ int CRecordTask::RecordEnd() {
     QV_LOG("[%s:%d]rename %s failed, errno=%d\n", temp_name_.c_str(), errno);
     result = -1;
   }
-  QV_LOG("[%s:%d]video frame = %d, audio frame = %d\n", video_frames_, audio_frames_);
+  QV_LOG("[%s:%d]video frame = %d, audio frame = %d\n", video_frames_.load(),
+         audio_frames_.load());
   if (result != 0) return result;
   CriticalSectionGuard guard(&general_lock_);
   finished_.push_back(final_name_);

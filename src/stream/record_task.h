@@ -206,8 +206,9 @@ class CRecordTask : public CThreadClass {
   std::vector<FrameBuffer> spares_[2];
   std::vector<unsigned char> header_;
   std::vector<IndexEntry> index_;
-  int video_frames_ = 0;
-  int audio_frames_ = 0;
+  // Counted by the task's thread, read by others (VideoFrames, AudioFrames).
+  std::atomic<int> video_frames_{0};
+  std::atomic<int> audio_frames_{0};
   uint64_t movie_bytes_ = 0;   // the movie list's count: video length + 16 each
   uint64_t movie_offset_ = 0;  // chunk bytes written after the "movi" word
   bool first_key_seen_ = false;
