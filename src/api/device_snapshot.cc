@@ -9,6 +9,7 @@
 #include <new>
 
 #include "api/ptz_object_list.h"
+#include "api/snapshot_task.h"
 #include "base/compat.h"
 #include "base/debug_log.h"
 #include "link/ptz_control_class.h"
@@ -29,6 +30,9 @@ const int kIdleRoundPauseMs = 1;
 // of a stopped task that has not noticed yet never runs on.
 std::atomic<int> g_task_running{0};
 std::atomic<unsigned> g_task_generation{0};
+// Task threads that may still touch the session table. Plain atomics: they
+// stay usable while static objects are torn down at exit.
+std::atomic<int> g_task_threads{0};
 
 struct TaskRun {
   SNAPPIC_TASK task;
@@ -75,6 +79,7 @@ void* SnapTaskThread(void* arg) {
     }
     if (!slept) TaskPause(*run, kIdleRoundPauseMs);
   }
+  --g_task_threads;
   return nullptr;
 }
 
@@ -104,7 +109,9 @@ QV_API long IP_NET_DVR_SnapPicTaskStart(const SNAPPIC_TASK* task) {
   TaskRun* run = new (std::nothrow) TaskRun{*task, ++g_task_generation};
   pthread_t thread;
   g_task_running = 1;
+  ++g_task_threads;
   if (run == nullptr || pthread_create(&thread, nullptr, SnapTaskThread, run) != 0) {
+    --g_task_threads;
     g_task_running = 0;
     delete run;
     QV_LOG("[%s:%d]IP_NET_DVR_SnapPicTaskStart start thread fail\n\n");
@@ -112,6 +119,12 @@ QV_API long IP_NET_DVR_SnapPicTaskStart(const SNAPPIC_TASK* task) {
   }
   SleepMs(30);
   return 0;
+}
+
+void StopSnapTaskThreads(unsigned long wait_ms) {
+  g_task_running = 0;
+  unsigned long start = GetTickCount();
+  while (g_task_threads > 0 && GetTickCount() - start < wait_ms) SleepMs(5);
 }
 
 QV_API long IP_NET_DVR_SnapPicTaskStop(void) {

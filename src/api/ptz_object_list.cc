@@ -8,6 +8,7 @@
 #include <thread>
 #include <vector>
 
+#include "api/snapshot_task.h"
 #include "base/compat.h"
 #include "base/debug_log.h"
 #include "link/ptz_control_class.h"
@@ -15,6 +16,8 @@
 CPTZObjectList::CPTZObjectList() { InitializeCriticalSection(&talk_lock_); }
 
 CPTZObjectList::~CPTZObjectList() {
+  // A snapshot task notices the stop within one of its 100 ms pauses.
+  StopSnapTaskThreads(5000);
   ReleaseAll(-1);  // also waits for logouts still finishing
   EnterCriticalSection(&talk_lock_);
   talk_map_.clear();

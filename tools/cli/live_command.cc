@@ -210,8 +210,17 @@ int RunLive(const Cli& cli, const LiveOptions& o) {
                         c.TimeoutMs())) {
     return 1;
   }
+  // The recorder makes no file shorter than 10 s: a shorter recording runs
+  // for 10 s, and the progress and statistics say so.
+  const int kShortestRecording = 10;
   int seconds = static_cast<int>(o.seconds + 0.5);
-  if (seconds < 1) seconds = 1;
+  if (seconds < kShortestRecording) {
+    if (!o.json) {
+      fprintf(stderr, "recordings last at least %d s: recording %d s\n", kShortestRecording,
+              kShortestRecording);
+    }
+    seconds = kShortestRecording;
+  }
   {
     // The statistics of a recording count from its start.
     std::lock_guard<std::mutex> lock(stats.mu);

@@ -428,19 +428,10 @@ void FileService::OnSnapshot(LinkState*, const ReceivedFrame& f, std::vector<Rep
   store_.Put(name, SnapshotPicture());
   behaviour_->NoteLocked(std::string("snapshot taken: ") + name);
   out->push_back(Answer(f, 0));
-  AlarmSpec alarm;
   time_t now = behaviour_->CameraNowLocked();
   struct tm t;
   gmtime_r(&now, &t);
-  alarm.year = t.tm_year + 1900;
-  alarm.month = t.tm_mon + 1;
-  alarm.day = t.tm_mday;
-  alarm.wday = t.tm_wday;
-  alarm.hour = t.tm_hour;
-  alarm.minute = t.tm_min;
-  alarm.second = t.tm_sec;
-  alarm.code = kSnapAlarm;
-  alarm.flag = 1;
+  AlarmSpec alarm = AlarmAt(t, kSnapAlarm);
   alarm.data = name;
   out->push_back(Reply{"ALARM_REPORT_MESSAGE", "CMD_REPORT_ALARM", "0", AlarmBody({alarm})});
 }

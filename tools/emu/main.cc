@@ -29,6 +29,7 @@
 #include "emu/hostile_rtsp.h"
 #include "emu/rtsp_server.h"
 #include "emu/rtsp_settings.h"
+#include "emu/system_replies.h"
 
 namespace {
 
@@ -169,16 +170,7 @@ qvemu::AlarmSpec AlarmNow(int code, unsigned count) {
   time_t now = time(nullptr);
   struct tm t;
   localtime_r(&now, &t);
-  qvemu::AlarmSpec a;
-  a.year = t.tm_year + 1900;
-  a.month = t.tm_mon + 1;
-  a.day = t.tm_mday;
-  a.wday = t.tm_wday;
-  a.hour = t.tm_hour;
-  a.minute = t.tm_min;
-  a.second = t.tm_sec;
-  a.code = code;
-  a.flag = 1;
+  qvemu::AlarmSpec a = qvemu::AlarmAt(t, code);
   a.level = 1;
   a.data = "emulated alarm " + std::to_string(count);
   return a;

@@ -130,6 +130,20 @@ std::string LogListBody(const std::vector<LogEvent>& events) {
   return body + "</RESPONSE_PARAM>";
 }
 
+AlarmSpec AlarmAt(const struct tm& t, int code) {
+  AlarmSpec alarm;
+  alarm.year = t.tm_year + 1900;
+  alarm.month = t.tm_mon + 1;
+  alarm.day = t.tm_mday;
+  alarm.wday = t.tm_wday;
+  alarm.hour = t.tm_hour;
+  alarm.minute = t.tm_min;
+  alarm.second = t.tm_sec;
+  alarm.code = code;
+  alarm.flag = 1;
+  return alarm;
+}
+
 std::string AlarmBody(const std::vector<AlarmSpec>& items) {
   std::string body = "<ALARM_REPORT_PARAM>\n";
   for (const AlarmSpec& a : items) {

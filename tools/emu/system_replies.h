@@ -46,6 +46,9 @@ std::string LogListBody(const std::vector<LogEvent>& events);
 // Alarm report body: one ALARM_ITEM (ALARM_TIME, ALARM_INFO) per alarm.
 std::string AlarmBody(const std::vector<AlarmSpec>& items);
 
+// An alarm of code (flag 1) stamped with the broken-down time t.
+AlarmSpec AlarmAt(const struct tm& t, int code);
+
 // "YYYY-MM-DD hh:mm:ss" of a camera time.
 std::string FormatTime(time_t when);
 
