@@ -27,121 +27,61 @@ long SetSection(const char* func, long userID, unsigned long code, char* xml) {
 
 }  // namespace
 
-// ---- readers
-QV_API int IP_NET_DVR_GetMediaCfgByXml(MediaConfig* cfg, const char* xml) {
-  return GetMediaCfgByXml(cfg, xml);
-}
-QV_API int IP_NET_DVR_Media_getAudioByXml(AudioConfig* cfg, const char* xml) {
-  return Media_getAudioByXml(cfg, xml);
-}
-QV_API int IP_NET_DVR_Media_getVideoByXml(VideoConfig* cfg, const char* xml) {
-  return Media_getVideoByXml(cfg, xml);
-}
-QV_API int IP_NET_DVR_Media_getVideoCaptureByXml(VideoCaptureConfig* cfg, const char* xml) {
-  return Media_getVideoCaptureByXml(cfg, xml);
-}
-QV_API int IP_NET_DVR_Media_getVideoOverlayByXml(VideoOverlayConfig* cfg, const char* xml) {
-  return Media_getVideoOverlayByXml(cfg, xml);
-}
-QV_API int IP_NET_DVR_Media_getVideoEncodeByXml(VideoEncodeConfig* cfg, const char* xml) {
-  return Media_getVideoEncodeByXml(cfg, xml);
-}
-QV_API int IP_NET_DVR_Media_getJpegEncodeByXml(JpegEncodeConfig* cfg, const char* xml) {
-  return Media_getJpegEncodeByXml(cfg, xml);
-}
-QV_API int IP_NET_DVR_Media_getVideoMaskByXml(VideoMaskConfig* cfg, const char* xml) {
-  return Media_getVideoMaskByXml(cfg, xml);
-}
-QV_API int IP_NET_DVR_GetMediaStreamCfgByXml(MediaStreamConfig* cfg, const char* xml) {
-  return GetMediaStreamCfgByXml(cfg, xml);
-}
+// The exported name of each function is the model's name behind IP_NET_DVR_.
+#define QV_MEDIA_READER(Rec, name) \
+  QV_API int IP_NET_DVR_##name(Rec* cfg, const char* xml) { return name(cfg, xml); }
+#define QV_MEDIA_WRITER(Rec, name) \
+  QV_API char* IP_NET_DVR_##name(const Rec* cfg) { return name(cfg); }
+#define QV_MEDIA_GET(name, code) \
+  QV_API long IP_NET_DVR_GET_##name(long userID) { return GetSection(__FUNCTION__, userID, code); }
+#define QV_MEDIA_SET(name, Rec, code, writer)                           \
+  QV_API long IP_NET_DVR_SET_##name(long userID, const Rec* cfg) {      \
+    return SetSection(__FUNCTION__, userID, code, writer(cfg));         \
+  }
 
-// ---- writers
-QV_API char* IP_NET_DVR_XMLGET_MediaConfig(const MediaConfig* cfg) { return XMLGET_MediaConfig(cfg); }
-QV_API char* IP_NET_DVR_XMLGET_AudioConfig(const AudioConfig* cfg) { return XMLGET_AudioConfig(cfg); }
-QV_API char* IP_NET_DVR_XMLGET_AudioCaptureConfig(const AudioCaptureConfig* cfg) {
-  return XMLGET_AudioCaptureConfig(cfg);
-}
-QV_API char* IP_NET_DVR_XMLGET_AudioEncodeConfig(const AudioEncodeConfig* cfg) {
-  return XMLGET_AudioEncodeConfig(cfg);
-}
-QV_API char* IP_NET_DVR_XMLGET_VideoConfig(const VideoConfig* cfg) { return XMLGET_VideoConfig(cfg); }
-QV_API char* IP_NET_DVR_XMLGET_VideoCaptureConfig(const VideoCaptureConfig* cfg) {
-  return XMLGET_VideoCaptureConfig(cfg);
-}
-QV_API char* IP_NET_DVR_XMLGET_VideoEncodeConfig(const VideoEncodeConfig* cfg) {
-  return XMLGET_VideoEncodeConfig(cfg);
-}
-QV_API char* IP_NET_DVR_XMLGET_VideoOverlayConfig(const VideoOverlayConfig* cfg) {
-  return XMLGET_VideoOverlayConfig(cfg);
-}
-QV_API char* IP_NET_DVR_XMLGET_VideoMaskConfig(const VideoMaskConfig* cfg) {
-  return XMLGET_VideoMaskConfig(cfg);
-}
-QV_API char* IP_NET_DVR_XMLGET_MediaStreamConfig(const MediaStreamConfig* cfg) {
-  return XMLGET_MediaStreamConfig(cfg);
-}
+QV_MEDIA_READER(MediaConfig, GetMediaCfgByXml)
+QV_MEDIA_READER(AudioConfig, Media_getAudioByXml)
+QV_MEDIA_READER(VideoConfig, Media_getVideoByXml)
+QV_MEDIA_READER(VideoCaptureConfig, Media_getVideoCaptureByXml)
+QV_MEDIA_READER(VideoOverlayConfig, Media_getVideoOverlayByXml)
+QV_MEDIA_READER(VideoEncodeConfig, Media_getVideoEncodeByXml)
+QV_MEDIA_READER(JpegEncodeConfig, Media_getJpegEncodeByXml)
+QV_MEDIA_READER(VideoMaskConfig, Media_getVideoMaskByXml)
+QV_MEDIA_READER(MediaStreamConfig, GetMediaStreamCfgByXml)
 
-// ---- gets
-QV_API long IP_NET_DVR_GET_MediaConfig(long userID) {
-  return GetSection(__FUNCTION__, userID, QV_CFG_GET_MEDIA);
-}
-QV_API long IP_NET_DVR_GET_VideoConfig(long userID) {
-  return GetSection(__FUNCTION__, userID, QV_CFG_GET_VIDEO);
-}
-QV_API long IP_NET_DVR_GET_AudioConfig(long userID) {
-  return GetSection(__FUNCTION__, userID, QV_CFG_GET_AUDIO);
-}
-QV_API long IP_NET_DVR_GET_VideoEncodeConfig(long userID) {
-  return GetSection(__FUNCTION__, userID, QV_CFG_GET_VIDEO_ENCODE);
-}
-QV_API long IP_NET_DVR_GET_VideoCaptureConfig(long userID) {
-  return GetSection(__FUNCTION__, userID, QV_CFG_GET_VIDEO_CAPTURE);
-}
-QV_API long IP_NET_DVR_GET_VideoOverlayConfig(long userID) {
-  return GetSection(__FUNCTION__, userID, QV_CFG_GET_VIDEO_OVERLAY);
-}
-QV_API long IP_NET_DVR_GET_AudioCapture(long userID) {
-  return GetSection(__FUNCTION__, userID, QV_CFG_GET_AUDIO_CAPTURE);
-}
-QV_API long IP_NET_DVR_GET_AudioEncode(long userID) {
-  return GetSection(__FUNCTION__, userID, QV_CFG_GET_AUDIO_ENCODE);
-}
-QV_API long IP_NET_DVR_GET_VideoMaskConfig(long userID) {
-  return GetSection(__FUNCTION__, userID, QV_CFG_GET_VIDEO_MASK);
-}
-QV_API long IP_NET_DVR_GET_VideoROIConfig(long userID) {
-  return GetSection(__FUNCTION__, userID, QV_CFG_GET_VIDEO_ROI);
-}
-QV_API long IP_NET_DVR_GET_MediaStreamConfig(long userID) {
-  return GetSection(__FUNCTION__, userID, QV_CFG_GET_MEDIA_STREAM);
-}
+QV_MEDIA_WRITER(MediaConfig, XMLGET_MediaConfig)
+QV_MEDIA_WRITER(AudioConfig, XMLGET_AudioConfig)
+QV_MEDIA_WRITER(AudioCaptureConfig, XMLGET_AudioCaptureConfig)
+QV_MEDIA_WRITER(AudioEncodeConfig, XMLGET_AudioEncodeConfig)
+QV_MEDIA_WRITER(VideoConfig, XMLGET_VideoConfig)
+QV_MEDIA_WRITER(VideoCaptureConfig, XMLGET_VideoCaptureConfig)
+QV_MEDIA_WRITER(VideoEncodeConfig, XMLGET_VideoEncodeConfig)
+QV_MEDIA_WRITER(VideoOverlayConfig, XMLGET_VideoOverlayConfig)
+QV_MEDIA_WRITER(VideoMaskConfig, XMLGET_VideoMaskConfig)
+QV_MEDIA_WRITER(MediaStreamConfig, XMLGET_MediaStreamConfig)
 
-// ---- sets
-QV_API long IP_NET_DVR_SET_MediaConfig(long userID, const MediaConfig* cfg) {
-  return SetSection(__FUNCTION__, userID, QV_CFG_SET_MEDIA, XMLGET_MediaConfig(cfg));
-}
-QV_API long IP_NET_DVR_SET_VideoConfig(long userID, const VideoConfig* cfg) {
-  return SetSection(__FUNCTION__, userID, QV_CFG_SET_VIDEO, XMLGET_VideoConfig(cfg));
-}
-QV_API long IP_NET_DVR_SET_AudioConfig(long userID, const AudioConfig* cfg) {
-  return SetSection(__FUNCTION__, userID, QV_CFG_SET_AUDIO, XMLGET_AudioConfig(cfg));
-}
-QV_API long IP_NET_DVR_SET_VideoEncodeConfig(long userID, const VideoEncodeConfig* cfg) {
-  return SetSection(__FUNCTION__, userID, QV_CFG_SET_VIDEO_ENCODE, XMLGET_VideoEncodeConfig(cfg));
-}
-QV_API long IP_NET_DVR_SET_VideoCaptureConfig(long userID, const VideoCaptureConfig* cfg) {
-  return SetSection(__FUNCTION__, userID, QV_CFG_SET_VIDEO_CAPTURE, XMLGET_VideoCaptureConfig(cfg));
-}
-QV_API long IP_NET_DVR_SET_VideoOSDConfig(long userID, const VideoOverlayConfig* cfg) {
-  return SetSection(__FUNCTION__, userID, QV_CFG_SET_VIDEO_OSD, XMLGET_VideoOverlayConfig(cfg));
-}
-QV_API long IP_NET_DVR_SET_VideoMaskConfig(long userID, const VideoMaskConfig* cfg) {
-  return SetSection(__FUNCTION__, userID, QV_CFG_SET_VIDEO_MASK, XMLGET_VideoMaskConfig(cfg));
-}
-QV_API long IP_NET_DVR_SET_VideoUserOSDConfig(long userID, const VideoUserOverlayConfig* cfg) {
-  return SetSection(__FUNCTION__, userID, QV_CFG_SET_VIDEO_USER_OSD, XMLGET_VideoUserOverlayConfig(cfg));
-}
-QV_API long IP_NET_DVR_SET_MediaStreamConfig(long userID, const MediaStreamConfig* cfg) {
-  return SetSection(__FUNCTION__, userID, QV_CFG_SET_MEDIA_STREAM, XMLGET_MediaStreamConfig(cfg));
-}
+QV_MEDIA_GET(MediaConfig, QV_CFG_GET_MEDIA)
+QV_MEDIA_GET(VideoConfig, QV_CFG_GET_VIDEO)
+QV_MEDIA_GET(AudioConfig, QV_CFG_GET_AUDIO)
+QV_MEDIA_GET(VideoEncodeConfig, QV_CFG_GET_VIDEO_ENCODE)
+QV_MEDIA_GET(VideoCaptureConfig, QV_CFG_GET_VIDEO_CAPTURE)
+QV_MEDIA_GET(VideoOverlayConfig, QV_CFG_GET_VIDEO_OVERLAY)
+QV_MEDIA_GET(AudioCapture, QV_CFG_GET_AUDIO_CAPTURE)
+QV_MEDIA_GET(AudioEncode, QV_CFG_GET_AUDIO_ENCODE)
+QV_MEDIA_GET(VideoMaskConfig, QV_CFG_GET_VIDEO_MASK)
+QV_MEDIA_GET(VideoROIConfig, QV_CFG_GET_VIDEO_ROI)
+QV_MEDIA_GET(MediaStreamConfig, QV_CFG_GET_MEDIA_STREAM)
+
+QV_MEDIA_SET(MediaConfig, MediaConfig, QV_CFG_SET_MEDIA, XMLGET_MediaConfig)
+QV_MEDIA_SET(VideoConfig, VideoConfig, QV_CFG_SET_VIDEO, XMLGET_VideoConfig)
+QV_MEDIA_SET(AudioConfig, AudioConfig, QV_CFG_SET_AUDIO, XMLGET_AudioConfig)
+QV_MEDIA_SET(VideoEncodeConfig, VideoEncodeConfig, QV_CFG_SET_VIDEO_ENCODE,
+             XMLGET_VideoEncodeConfig)
+QV_MEDIA_SET(VideoCaptureConfig, VideoCaptureConfig, QV_CFG_SET_VIDEO_CAPTURE,
+             XMLGET_VideoCaptureConfig)
+QV_MEDIA_SET(VideoOSDConfig, VideoOverlayConfig, QV_CFG_SET_VIDEO_OSD, XMLGET_VideoOverlayConfig)
+QV_MEDIA_SET(VideoMaskConfig, VideoMaskConfig, QV_CFG_SET_VIDEO_MASK, XMLGET_VideoMaskConfig)
+QV_MEDIA_SET(VideoUserOSDConfig, VideoUserOverlayConfig, QV_CFG_SET_VIDEO_USER_OSD,
+             XMLGET_VideoUserOverlayConfig)
+QV_MEDIA_SET(MediaStreamConfig, MediaStreamConfig, QV_CFG_SET_MEDIA_STREAM,
+             XMLGET_MediaStreamConfig)

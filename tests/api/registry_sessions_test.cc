@@ -17,6 +17,7 @@
 #include "base/compat.h"
 #include "link/camera_fixture.h"
 #include "link/host_lookup.h"
+#include "support/loopback.h"
 #include "support/scratch.h"
 
 namespace qvtest {
@@ -72,21 +73,15 @@ TEST_F(RegistrySessions, LogoutEndsTheLinkWithStatus32) {
 
 TEST_F(RegistrySessions, LogoutWhileConnectingReturnsPromptly) {
   // A listener whose queue is full and that never accepts: the connect hangs.
-  int listener = socket(AF_INET, SOCK_STREAM, 0);
-  struct sockaddr_in addr = {};
-  addr.sin_family = AF_INET;
-  addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&addr), sizeof(addr)), 0);
-  ASSERT_EQ(listen(listener, 0), 0);
-  socklen_t len = sizeof(addr);
-  getsockname(listener, reinterpret_cast<sockaddr*>(&addr), &len);
+  testsupport::BlackHole listener(0);
+  sockaddr_in addr = listener.Address();
   std::vector<int> fillers;
   for (int i = 0; i < 3; ++i) {
     int s = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0);
     connect(s, reinterpret_cast<sockaddr*>(&addr), sizeof(addr));
     fillers.push_back(s);
   }
-  long id = IP_NET_DVR_Login("127.0.0.1", ntohs(addr.sin_port), const_cast<char*>("admin"),
+  long id = IP_NET_DVR_Login("127.0.0.1", listener.Port(), const_cast<char*>("admin"),
                              const_cast<char*>("admin"), nullptr);
   ASSERT_GT(id, 0);
   SleepMs(300);  // let the link thread get into its connect
@@ -95,7 +90,6 @@ TEST_F(RegistrySessions, LogoutWhileConnectingReturnsPromptly) {
   EXPECT_LT(GetTickCount() - start, 3000u);  // well before the 5 s connect limit
   EXPECT_EQ(events_.Count(id, EVENT_CONNECTOK), 0);
   for (int s : fillers) close(s);
-  close(listener);
 }
 
 // A logout from a callback of the same session: the ID is gone at once,

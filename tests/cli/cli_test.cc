@@ -321,7 +321,6 @@ TEST_F(CliTest, JsonViewsParseBack) {
     std::string key;
   } cases[] = {
       {{"time", "get", "--json"}, "zone"},
-      {{"replay", "days", "--json"}, "days"},
       {{"replay", "day", "2024-03-05", "--json"}, "spans"},
       {{"config", "get", "lan", "--json"}, "LANConfig"},
   };

@@ -179,12 +179,6 @@ TEST(AlarmSections, UnknownPtzActionTypeIsKeptAndLogged) {
   }
 }
 
-size_t Occurrences(const std::string& text, const std::string& piece) {
-  size_t n = 0;
-  for (size_t at = text.find(piece); at != std::string::npos; at = text.find(piece, at + 1)) ++n;
-  return n;
-}
-
 std::string Repeat(const std::string& piece, int n) {
   std::string s;
   for (int i = 0; i < n; ++i) s += piece;

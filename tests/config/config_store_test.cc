@@ -27,12 +27,6 @@ std::unique_ptr<IPCConfig> NewConfig() {
   return cfg;
 }
 
-size_t Count(const std::string& text, const std::string& piece) {
-  size_t n = 0;
-  for (size_t at = text.find(piece); at != std::string::npos; at = text.find(piece, at + 1)) ++n;
-  return n;
-}
-
 void Replace(std::string* text, const std::string& from, const std::string& to) {
   for (size_t at = text->find(from); at != std::string::npos; at = text->find(from, at + to.size()))
     text->replace(at, from.size(), to);
@@ -108,7 +102,7 @@ TEST_F(ConfigDocument, OlderRootReadsTheSameAndSavesAsIPCConfig) {
   std::string saved_path = dir_ / "saved.xml";
   ASSERT_EQ(SetConfigToXML_Ex(cfg.get(), saved_path.c_str()), 0);
   std::string saved = ReadFile(saved_path);
-  EXPECT_EQ(Count(saved, "VEXORAConfig"), 0u);
+  EXPECT_EQ(Occurrences(saved, "VEXORAConfig"), 0u);
   EXPECT_NE(saved.find("<IPCConfig> \n"), std::string::npos);
 }
 
@@ -145,11 +139,8 @@ TEST_F(ConfigDocument, FilledRecordRoundTripsThroughTheConfigurationFile) {
   EXPECT_TRUE(SameRecord(*cfg, *back));
 }
 
-TEST_F(ConfigDocument, AFreshRecordSavesEverySectionInOrder) {
-  std::unique_ptr<IPCConfig> cfg(new IPCConfig());
-  std::string saved_path = dir_ / "fresh.xml";
-  ASSERT_EQ(SetConfigToXML_Ex(cfg.get(), saved_path.c_str()), 0);
-  std::string saved = ReadFile(saved_path);
+// The ten sections once each, in writing order, up to the root's end.
+void ExpectSectionsInOrder(const std::string& saved) {
   const char* order[] = {"<ConfigVersion",    "<SystemConfig>",   "<NetworkConfig>",
                          "<ServerConfig>",    "<MediaConfig>",    "<MediaStreamConfig>",
                          "<PlatformConfig>",  "<GB28181Config>",  "<RecordConfig>",
@@ -158,15 +149,22 @@ TEST_F(ConfigDocument, AFreshRecordSavesEverySectionInOrder) {
   for (const char* tag : order) {
     size_t found = saved.find(tag, at);
     ASSERT_NE(found, std::string::npos) << tag << " in\n" << saved;
-    EXPECT_EQ(Count(saved, tag), 1u) << tag;
+    EXPECT_EQ(Occurrences(saved, tag), 1u) << tag;
     at = found;
   }
-  int valid = 0;
-  EXPECT_EQ(CheckUserConfigFileValidity(saved_path.c_str(), &valid), 0);
-  EXPECT_EQ(valid, 1);
+  EXPECT_EQ(at + strlen("</IPCConfig> \n"), saved.size());
 }
 
-TEST_F(ConfigDocument, WrittenFormWithCarriageReturnsAsBlanks) {
+TEST_F(ConfigDocument, WrittenFormOfAFreshAndALoadedRecord) {
+  std::unique_ptr<IPCConfig> fresh(new IPCConfig());
+  std::string fresh_path = dir_ / "fresh.xml";
+  ASSERT_EQ(SetConfigToXML_Ex(fresh.get(), fresh_path.c_str()), 0);
+  ExpectSectionsInOrder(ReadFile(fresh_path));
+  int valid = 0;
+  EXPECT_EQ(CheckUserConfigFileValidity(fresh_path.c_str(), &valid), 0);
+  EXPECT_EQ(valid, 1);
+
+  // Carriage returns in texts are written as blanks.
   auto cfg = Load(path_);
   strcpy(cfg->network.LAN.hostname, "a\rb");
   std::string saved_path = dir_ / "saved.xml";
@@ -178,17 +176,7 @@ TEST_F(ConfigDocument, WrittenFormWithCarriageReturnsAsBlanks) {
       "<?xml version=\"1.0\" encoding=\"GB2312\" ?> \n<IPCConfig> \n"
       "<ConfigVersion Version=\"3.1.7\"></ConfigVersion> \n<SystemConfig>";
   EXPECT_EQ(saved.compare(0, head.size(), head), 0) << saved.substr(0, 200);
-  const char* order[] = {"<ConfigVersion", "<SystemConfig>", "<NetworkConfig>",
-                         "<ServerConfig>", "<MediaConfig>", "<MediaStreamConfig>",
-                         "<PlatformConfig>", "<GB28181Config>", "<RecordConfig>",
-                         "<AlarmConfig>", "</IPCConfig> \n"};
-  size_t at = 0;
-  for (const char* tag : order) {
-    size_t found = saved.find(tag, at);
-    ASSERT_NE(found, std::string::npos) << tag;
-    at = found;
-  }
-  EXPECT_EQ(at + strlen("</IPCConfig> \n"), saved.size());
+  ExpectSectionsInOrder(saved);
 }
 
 TEST_F(ConfigDocument, FirstOfRepeatedSectionsCounts) {
@@ -291,7 +279,7 @@ TEST_F(SectionWrite, ReplacesTheSectionAndLeavesTheRest) {
   std::string tail = fixture_.substr(rest);
   ASSERT_GE(after.size(), tail.size());
   EXPECT_EQ(after.substr(after.size() - tail.size()), tail);
-  EXPECT_EQ(Count(after, "<NetworkConfig>"), 1u);
+  EXPECT_EQ(Occurrences(after, "<NetworkConfig>"), 1u);
   char* text = XMLGET_NetworkConfig(&net_);
   std::string written = text;
   free(text);
@@ -397,7 +385,7 @@ TEST_F(SectionWrite, ConfigVersionIsAppendedOnEveryCall) {
   strcpy(v.Version, "5.0");
   ASSERT_EQ(SetConfigVersion(&v), 0);
   std::string after = ReadFile(path_);
-  EXPECT_EQ(Count(after, "<ConfigVersion "), 3u);
+  EXPECT_EQ(Occurrences(after, "<ConfigVersion "), 3u);
   EXPECT_EQ(after.substr(after.find("</AlarmConfig>")),
             "</AlarmConfig>\n \n<ConfigVersion Version=\"4.0\"></ConfigVersion> \n"
             " \n<ConfigVersion Version=\"5.0\"></ConfigVersion> \n</IPCConfig>\n");

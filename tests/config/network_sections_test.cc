@@ -11,44 +11,9 @@
 
 #include "config/config_files_helper.h"
 #include "config/network_fill_helper.h"
+#include "config/round_trip.h"
 
 namespace {
-
-// Takes over a writer's text.
-std::string Take(char* text) {
-  EXPECT_NE(text, nullptr);
-  std::string s = text ? text : "";
-  free(text);
-  return s;
-}
-
-bool StartsWith(const std::string& s, const std::string& prefix) {
-  return s.compare(0, prefix.size(), prefix) == 0;
-}
-
-// Equal records; otherwise the offset of the first differing byte.
-template <typename Rec>
-testing::AssertionResult SameBytes(const Rec& a, const Rec& b) {
-  const unsigned char* pa = reinterpret_cast<const unsigned char*>(&a);
-  const unsigned char* pb = reinterpret_cast<const unsigned char*>(&b);
-  for (size_t i = 0; i < sizeof(Rec); ++i)
-    if (pa[i] != pb[i])
-      return testing::AssertionFailure() << "records differ at byte " << i;
-  return testing::AssertionSuccess();
-}
-
-// Record to XML to record, and XML to record to XML, for one element.
-template <typename Rec>
-void ExpectRoundTrip(const Rec& filled, char* (*write)(Rec*),
-                     int (*read)(Rec*, const char*)) {
-  Rec in = filled;
-  std::string xml = Take(write(&in));
-  Rec out;
-  memset(&out, 0x5A, sizeof(out));
-  ASSERT_EQ(read(&out, xml.c_str()), 0) << xml;
-  EXPECT_TRUE(SameBytes(filled, out)) << xml;
-  EXPECT_EQ(Take(write(&out)), xml);
-}
 
 class NetworkRoundTrip : public testing::Test {
  protected:
@@ -57,23 +22,23 @@ class NetworkRoundTrip : public testing::Test {
 };
 
 TEST_F(NetworkRoundTrip, WholeSectionAndEveryElementOnItsOwn) {
-  ExpectRoundTrip<NetworkConfig>(cfg_, XMLGET_NetworkConfig, GetNetworkCfgByXml);
-  ExpectRoundTrip<LANConfig>(cfg_.LAN, XMLGET_NetworkLANConfig, Network_getLANCfgByXml);
-  ExpectRoundTrip<WIFIConfig>(cfg_.WIFI, XMLGET_NetworkWIFIConfig, Network_getWIFICfgByXml);
-  ExpectRoundTrip<WIFIApConfig>(cfg_.WIFIAp, XMLGET_NetworkWIFIApConfig,
+  ExpectRecordRoundTrip<NetworkConfig>(cfg_, XMLGET_NetworkConfig, GetNetworkCfgByXml);
+  ExpectRecordRoundTrip<LANConfig>(cfg_.LAN, XMLGET_NetworkLANConfig, Network_getLANCfgByXml);
+  ExpectRecordRoundTrip<WIFIConfig>(cfg_.WIFI, XMLGET_NetworkWIFIConfig, Network_getWIFICfgByXml);
+  ExpectRecordRoundTrip<WIFIApConfig>(cfg_.WIFIAp, XMLGET_NetworkWIFIApConfig,
                                 Network_getWIFIApCfgByXml);
-  ExpectRoundTrip<AlarmServerConfig>(cfg_.AlarmServer, XMLGET_NetworkAlarmServerConfig,
+  ExpectRecordRoundTrip<AlarmServerConfig>(cfg_.AlarmServer, XMLGET_NetworkAlarmServerConfig,
                                      Network_getAlarmServerCfgByXml);
-  ExpectRoundTrip<ADSLConfig>(cfg_.ADSL, XMLGET_NetworkADSLConfig, Network_getADSLCfgByXml);
-  ExpectRoundTrip<DDNSConfig>(cfg_.DDNS, XMLGET_NetworkDDNSConfig, Network_getDDNSCfgByXml);
-  ExpectRoundTrip<UPNPConfig>(cfg_.UPNP, XMLGET_NetworkUPNPConfig, Network_getUPNPCfgByXml);
-  ExpectRoundTrip<P2PConfig>(cfg_.P2P, XMLGET_NetworkP2PConfig, Network_getP2PCfgByXml);
-  ExpectRoundTrip<G3Config>(cfg_.G3, XMLGET_NetworkG3Config, Network_getG3CfgByXml);
-  ExpectRoundTrip<PPTPConfig>(cfg_.PPTP, XMLGET_NetworkPPTPConfig, Network_getPPTPCfgByXml);
+  ExpectRecordRoundTrip<ADSLConfig>(cfg_.ADSL, XMLGET_NetworkADSLConfig, Network_getADSLCfgByXml);
+  ExpectRecordRoundTrip<DDNSConfig>(cfg_.DDNS, XMLGET_NetworkDDNSConfig, Network_getDDNSCfgByXml);
+  ExpectRecordRoundTrip<UPNPConfig>(cfg_.UPNP, XMLGET_NetworkUPNPConfig, Network_getUPNPCfgByXml);
+  ExpectRecordRoundTrip<P2PConfig>(cfg_.P2P, XMLGET_NetworkP2PConfig, Network_getP2PCfgByXml);
+  ExpectRecordRoundTrip<G3Config>(cfg_.G3, XMLGET_NetworkG3Config, Network_getG3CfgByXml);
+  ExpectRecordRoundTrip<PPTPConfig>(cfg_.PPTP, XMLGET_NetworkPPTPConfig, Network_getPPTPCfgByXml);
 }
 
 TEST_F(NetworkRoundTrip, ChildrenInWritingOrder) {
-  std::string xml = Take(XMLGET_NetworkConfig(&cfg_));
+  std::string xml = TakeText(XMLGET_NetworkConfig(&cfg_));
   const char* order[] = {"<NetworkConfig>\r\n<LANConfig ", "/> <WIFIConfig\r\n",
                          "<WIFIApConfig\r\n", "<AlarmServerConfig\r\n",
                          "<ADSLConfig\r\n", "<DDNSConfig\r\n", "<UPNPConfig\r\n",
@@ -90,7 +55,7 @@ TEST_F(NetworkRoundTrip, ChildrenInWritingOrder) {
 
 TEST_F(NetworkRoundTrip, G3TypeIsWrittenButNotReadBack) {
   cfg_.G3.Type = 4;
-  std::string xml = Take(XMLGET_NetworkG3Config(&cfg_.G3));
+  std::string xml = TakeText(XMLGET_NetworkG3Config(&cfg_.G3));
   EXPECT_NE(xml.find("Type=\"4\"\r\n"), std::string::npos);
   G3Config back;
   ASSERT_EQ(Network_getG3CfgByXml(&back, xml.c_str()), 0);
@@ -108,7 +73,7 @@ TEST(LanConfig, WrittenOnOneLine) {
   strcpy(lan.IPAddress, "192.168.1.2");
   strcpy(lan.hostname, "a\"b");
   lan.MTU = 1400;
-  EXPECT_EQ(Take(XMLGET_NetworkLANConfig(&lan)),
+  EXPECT_EQ(TakeText(XMLGET_NetworkLANConfig(&lan)),
             "<LANConfig MacAddress=\"00:11:22:33:44:55\" DHCP=\"1\" "
             "dhcpOffTime=\"-1\" ALLNET=\"2\" IPAddress=\"192.168.1.2\" "
             "Netmask=\"\" Gateway=\"\" DNS1=\"\" DNS2=\"\" hostname=\"a&quot;b\" "
@@ -175,7 +140,7 @@ TEST(WifiConfig, VersionIsAlwaysWrittenAsTwoPointZero) {
   WIFIConfig wifi;
   memset(&wifi, 0, sizeof(wifi));
   strcpy(wifi.Version, "9.9");
-  std::string xml = Take(XMLGET_NetworkWIFIConfig(&wifi));
+  std::string xml = TakeText(XMLGET_NetworkWIFIConfig(&wifi));
   EXPECT_TRUE(StartsWith(xml, "<WIFIConfig\r\nVersion=\"2.0\"\r\nEnable=\"0\"\r\n")) << xml;
   EXPECT_NE(xml.find("\r\n>\r\n<WirelessEncrypt\r\nEnable=\"0\"\r\nEncryptType=\"\"\r\n>\r\n"
                      "<WEPEncrypt\r\nAuthMode=\"\"\r\nKeyIndex=\"0\"\r\n"),
@@ -213,7 +178,7 @@ TEST(WifiConfig, EssidFromGb2312OrHexadecimalUtf8) {
   WIFIConfig wifi;
   memset(&wifi, 0, sizeof(wifi));
   strcpy(wifi.ESSID, "\xE4\xB8\xAD");
-  std::string xml = Take(XMLGET_NetworkWIFIConfig(&wifi));
+  std::string xml = TakeText(XMLGET_NetworkWIFIConfig(&wifi));
   EXPECT_NE(xml.find("\r\nESSID=\"\xD6\xD0\"\r\nESSID_UTF8=\"e4b8ad\"\r\n"), std::string::npos) << xml;
 }
 
@@ -221,7 +186,7 @@ TEST(WifiApConfig, EssidIsKeptAsItIs) {
   WIFIApConfig ap;
   ASSERT_EQ(Network_getWIFIApCfgByXml(&ap, "<WIFIApConfig ESSID=\"\xD6\xD0\"/>"), 0);
   EXPECT_STREQ(ap.ESSID, "\xD6\xD0");
-  std::string xml = Take(XMLGET_NetworkWIFIApConfig(&ap));
+  std::string xml = TakeText(XMLGET_NetworkWIFIApConfig(&ap));
   EXPECT_TRUE(StartsWith(xml, "<WIFIApConfig\r\nVersion=\"2.0\"\r\nEnable=\"0\"\r\nIPAddress")) << xml;
   EXPECT_NE(xml.find("ESSID=\"\xD6\xD0\"\r\n"), std::string::npos);
 }
@@ -249,14 +214,14 @@ TEST(OneLineElements, ExactTextAndUnescapedAlarmAccount) {
   strcpy(as.Username, "a&b");
   strcpy(as.Password, "<p>");
   as.withattachment = 1;
-  EXPECT_EQ(Take(XMLGET_NetworkAlarmServerConfig(&as)),
+  EXPECT_EQ(TakeText(XMLGET_NetworkAlarmServerConfig(&as)),
             "<AlarmServerConfig\r\nurl=\"u&amp;v\"\r\nwithattachment=\"1\"\r\n"
             "Username=\"a&b\"\r\nPassword=\"<p>\"\r\n />\r\n");
   UPNPConfig upnp = {1};
-  EXPECT_EQ(Take(XMLGET_NetworkUPNPConfig(&upnp)), "<UPNPConfig\r\nEnable=\"1\"\r\n/>\r\n");
+  EXPECT_EQ(TakeText(XMLGET_NetworkUPNPConfig(&upnp)), "<UPNPConfig\r\nEnable=\"1\"\r\n/>\r\n");
   P2PConfig p2p = {1, 2, "code"};
   SetDefaultP2pCfg(&p2p);
-  EXPECT_EQ(Take(XMLGET_NetworkP2PConfig(&p2p)),
+  EXPECT_EQ(TakeText(XMLGET_NetworkP2PConfig(&p2p)),
             "<P2PConfig\r\nEnable=\"0\"\r\nType=\"0\"\r\nAuthcode=\"code\"\r\n/>\r\n");
 }
 
@@ -264,7 +229,7 @@ TEST(OneLineElements, UnterminatedTextMembersAreBounded) {
   ADSLConfig adsl;
   memset(&adsl, 'x', sizeof(adsl));
   adsl.Enable = 0;
-  std::string xml = Take(XMLGET_NetworkADSLConfig(&adsl));
+  std::string xml = TakeText(XMLGET_NetworkADSLConfig(&adsl));
   EXPECT_NE(xml.find("Username=\"" + std::string(32, 'x') + "\"\r\n"), std::string::npos);
   ADSLConfig back;
   ASSERT_EQ(Network_getADSLCfgByXml(&back, xml.c_str()), 0);
@@ -346,7 +311,7 @@ TEST(NetworkStatus, ModemStatusText) {
   strcpy(s.Operator, "op");
   s.nSvrStatus = 1;
   s.nSignalLevel = -3;
-  EXPECT_EQ(Take(XMLGET_4GNetworkStatus(&s)),
+  EXPECT_EQ(TakeText(XMLGET_4GNetworkStatus(&s)),
             "<Network4GStatus Manufacturer=\"M&amp;M\" Model=\"\" ICCID=\"\" IMEI=\"\" "
             "IMSI=\"\" MSISDN=\"\" WorkMode=\"\" Operator=\"op\" nSvrStatus=\"1\" "
             "nDialStatus=\"0\" nSimStatus=\"0\" nSignalLevel=\"-3\" />");

@@ -7,6 +7,22 @@
 #include <cstring>
 #include <string>
 
+inline bool StartsWith(const std::string& text, const std::string& head) {
+  return text.compare(0, head.size(), head) == 0;
+}
+
+inline bool EndsWith(const std::string& text, const std::string& tail) {
+  return text.size() >= tail.size() &&
+         text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
+}
+
+// How often piece stands in text (overlapping ones counted).
+inline size_t Occurrences(const std::string& text, const std::string& piece) {
+  size_t n = 0;
+  for (size_t at = text.find(piece); at != std::string::npos; at = text.find(piece, at + 1)) ++n;
+  return n;
+}
+
 // Takes over a writer's text (null gives "" and a failure).
 inline std::string TakeText(char* text) {
   EXPECT_NE(text, nullptr);
@@ -27,9 +43,8 @@ testing::AssertionResult SameRecord(const Rec& a, const Rec& b) {
 
 // Record to XML to record (equal), and that XML to record to XML
 // (byte-identical). The record read into starts out full of stale bytes.
-template <typename Rec>
-void ExpectRecordRoundTrip(const Rec& filled, char* (*write)(Rec*),
-                           int (*read)(Rec*, const char*)) {
+template <typename Rec, typename Write>
+void ExpectRecordRoundTrip(const Rec& filled, Write write, int (*read)(Rec*, const char*)) {
   Rec in = filled;
   std::string xml = TakeText(write(&in));
   Rec out;

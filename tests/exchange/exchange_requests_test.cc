@@ -28,7 +28,12 @@ const struct {
     {IP_NET_DVR_GET_NetworkDDNSConfig, 311}, {IP_NET_DVR_GET_NetworkUPNPConfig, 312},
     {IP_NET_DVR_GET_NetworkP2PConfig, 315},  {IP_NET_DVR_GET_ServerConfig, 400},
     {IP_NET_DVR_GET_FtpServerConfig, 401},   {IP_NET_DVR_GET_SmtpServerConfig, 402},
-    {IP_NET_DVR_GET_PlatformConfig, 650},    {IP_NET_DVR_GET_GB28181Config, 680},
+    {IP_NET_DVR_GET_MediaConfig, 500},       {IP_NET_DVR_GET_VideoConfig, 501},
+    {IP_NET_DVR_GET_AudioConfig, 502},       {IP_NET_DVR_GET_VideoEncodeConfig, 503},
+    {IP_NET_DVR_GET_VideoCaptureConfig, 504}, {IP_NET_DVR_GET_VideoOverlayConfig, 505},
+    {IP_NET_DVR_GET_AudioCapture, 507},      {IP_NET_DVR_GET_AudioEncode, 508},
+    {IP_NET_DVR_GET_VideoMaskConfig, 509},   {IP_NET_DVR_GET_VideoROIConfig, 510},
+    {IP_NET_DVR_GET_MediaStreamConfig, 600}, {IP_NET_DVR_GET_PlatformConfig, 650},    {IP_NET_DVR_GET_GB28181Config, 680},
     {IP_NET_DVR_GET_RecordConfig, 700},      {IP_NET_DVR_GET_AlarmConfig, 800},
     {IP_NET_DVR_GET_InputAlarm, 801},        {IP_NET_DVR_GET_MotionDetectAlarm, 802},
     {IP_NET_DVR_GET_VideoCoverAlarm, 803},   {IP_NET_DVR_GET_VideoLostAlarm, 804},
@@ -62,7 +67,8 @@ TEST_F(ExchangeRequests, ASetWithoutARecordSendsNothing) {
       IP_NET_DVR_SET_MotionDetectAlarm(id, nullptr), IP_NET_DVR_SET_VCAlarmConfig(id, nullptr),
       IP_NET_DVR_SET_VlAlarmConfig(id, nullptr),  IP_NET_DVR_SET_VideoGateAlarmConfig(id, nullptr),
       IP_NET_DVR_SET_PersonDetectAlarm(id, nullptr), IP_NET_DVR_SET_OutputAlarmConfig(id, nullptr),
-      IP_NET_DVR_SET_SYSTEMTIME(id, nullptr),
+      IP_NET_DVR_SET_SYSTEMTIME(id, nullptr),     IP_NET_DVR_SET_MediaConfig(id, nullptr),
+      IP_NET_DVR_SET_MediaStreamConfig(id, nullptr), IP_NET_DVR_SET_VideoUserOSDConfig(id, nullptr),
   };
   for (long r : results) EXPECT_EQ(r, QV_E_INVALID_ARG);
   // Requests go out in order: once a later get has arrived, nothing was
@@ -75,6 +81,7 @@ TEST_F(ExchangeRequests, ASetWithoutARecordSendsNothing) {
 TEST_F(ExchangeRequests, UnknownUsersAreRefused) {
   MiscConfig misc;
   memset(&misc, 0, sizeof(misc));
+  MediaStreamConfig stream = {};
   int time[7] = {8, 2024, 3, 5, 7, 8, 9};
   for (long id : {0L, -1L, 129L, 7L}) {
     EXPECT_EQ(IP_NET_DVR_GET_AlarmConfig(id), QV_E_UNKNOWN_USER);
@@ -82,6 +89,8 @@ TEST_F(ExchangeRequests, UnknownUsersAreRefused) {
     EXPECT_EQ(IP_NET_DVR_GET_SYSTEMTIME(id), QV_E_UNKNOWN_USER);
     EXPECT_EQ(IP_NET_DVR_SET_SYSTEMTIME(id, time), QV_E_UNKNOWN_USER);
     EXPECT_EQ(IP_NET_DVR_GET_MediaCapability(id), QV_E_UNKNOWN_USER);
+    EXPECT_EQ(IP_NET_DVR_GET_AudioCapture(id), QV_E_UNKNOWN_USER);
+    EXPECT_EQ(IP_NET_DVR_SET_MediaStreamConfig(id, &stream), QV_E_UNKNOWN_USER);
   }
 }
 

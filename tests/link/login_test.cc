@@ -11,6 +11,7 @@
 #include "api/ptz_object_list.h"
 #include "base/compat.h"
 #include "link/camera_fixture.h"
+#include "support/loopback.h"
 
 namespace qvtest {
 namespace {
@@ -116,29 +117,20 @@ TEST_F(RealSpeedLoginTest, LogoutOfAnIdleSessionDoesNotWaitForTheNextHeartbeat) 
 // Urgent data on the link is an exception on the socket, even with normal
 // data beside it.
 TEST_F(LoginTest, UrgentDataEndsTheRoundWithStatus3) {
-  int listener = socket(AF_INET, SOCK_STREAM, 0);
-  struct sockaddr_in addr = {};
-  addr.sin_family = AF_INET;
-  addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&addr), sizeof(addr)), 0);
-  ASSERT_EQ(listen(listener, 1), 0);
-  socklen_t len = sizeof(addr);
-  getsockname(listener, reinterpret_cast<sockaddr*>(&addr), &len);
+  testsupport::BlackHole listener(1);
   IP_NET_DVR_SetAutoReconnect(0, 0);
-  long id = IP_NET_DVR_Login("127.0.0.1", ntohs(addr.sin_port), const_cast<char*>("admin"),
+  long id = IP_NET_DVR_Login("127.0.0.1", listener.Port(), const_cast<char*>("admin"),
                              const_cast<char*>("admin"), nullptr);
-  int link = accept(listener, nullptr, nullptr);
-  ASSERT_GE(link, 0);
+  ASSERT_TRUE(listener.Accept(kWaitMs));
+  int link = listener.Connection();
   ASSERT_TRUE(events_.WaitStatus(id, EVENT_CONNECTOK, kWaitMs));
   // One segment: an ordinary byte and an urgent one.
   ASSERT_EQ(send(link, "x", 1, MSG_MORE), 1);
   ASSERT_EQ(send(link, "!", 1, MSG_OOB), 1);
   ASSERT_TRUE(events_.WaitStatus(id, EVENT_LOGOUT_FINISH, kWaitMs));
-  std::string label = "ipc[127.0.0.1:" + std::to_string(ntohs(addr.sin_port)) + "]";
+  std::string label = "ipc[127.0.0.1:" + std::to_string(listener.Port()) + "]";
   EXPECT_EQ(events_.First(id, EVENT_SOCKETERROR).text,
             label + " send auth request failed, error code =100863");
-  close(link);
-  close(listener);
 }
 
 TEST_F(LoginTest, WrongPasswordWithoutAutoReconnectEndsTheThread) {

@@ -13,6 +13,7 @@
 #include "api/ptz_object_list.h"
 #include "link/camera_fixture.h"
 #include "link/ptz_control_class.h"
+#include "support/loopback.h"
 #include "support/scratch.h"
 
 namespace qvtest {
@@ -278,14 +279,9 @@ void ExpectAllCommandsAnswer(long id, long code) {
 }
 
 TEST_F(WireTest, CommandsBeforeTheLinkIsUpAreNotConnected) {
-  int probe = socket(AF_INET, SOCK_STREAM, 0);  // a port with nobody listening
-  struct sockaddr_in addr = {};
-  addr.sin_family = AF_INET;
-  addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  ASSERT_EQ(bind(probe, reinterpret_cast<sockaddr*>(&addr), sizeof(addr)), 0);
-  socklen_t len = sizeof(addr);
-  getsockname(probe, reinterpret_cast<sockaddr*>(&addr), &len);
-  long id = IP_NET_DVR_Login("127.0.0.1", ntohs(addr.sin_port), const_cast<char*>("admin"),
+  int port = 0;
+  int probe = testsupport::BindLoopback(&port);  // bound, nobody listening
+  long id = IP_NET_DVR_Login("127.0.0.1", port, const_cast<char*>("admin"),
                              const_cast<char*>("admin"), nullptr);
   ASSERT_TRUE(events_.WaitStatus(id, EVENT_CONNECTFAILED, kWaitMs));
   ExpectAllCommandsAnswer(id, QV_E_NOT_CONNECTED);

@@ -9,10 +9,10 @@
 #include <thread>
 
 #include "base/compat.h"
-#include "black_hole_helper.h"
 #include "emu/rtsp_server.h"
 #include "frame_log_helper.h"
 #include "quorvel/quorvel.h"
+#include "support/loopback.h"
 #include "record_helper.h"
 #include "stream/disk_space.h"
 #include "stream/pull_class.h"
@@ -20,6 +20,8 @@
 #include "stream/rtsp_object_list.h"
 
 namespace {
+
+using testsupport::ClosedPort;
 
 const int kWaitMs = 20000;
 
@@ -37,11 +39,7 @@ bool StartsWithSps(const RecordedFile& rec) {
 
 // Waits until at most `most` frames wait in the pull's record rings.
 bool WaitPending(CPullClass* pull, int most) {
-  for (int i = 0; i < 2000; ++i) {
-    if (pull->PendingRecordFrames() <= most) return true;
-    SleepMs(10);
-  }
-  return false;
+  return WaitUntil([&] { return pull->PendingRecordFrames() <= most; });
 }
 
 class RecordLive : public ::testing::Test {

@@ -9,15 +9,19 @@
 
 #include "base/compat.h"
 #include "base/time_scale.h"
-#include "black_hole_helper.h"
 #include "emu/rtsp_server.h"
 #include "frame_log_helper.h"
 #include "mute_camera_helper.h"
 #include "quorvel/quorvel.h"
+#include "support/loopback.h"
+#include "support/scratch.h"
 #include "stream/pull_class.h"
 #include "stream/rtsp_object_list.h"
 
 namespace {
+
+using testsupport::BlackHole;
+using testsupport::ClosedPort;
 
 const int kWaitMs = 20000;
 
@@ -32,15 +36,6 @@ long ElapsedMs(std::chrono::steady_clock::time_point since) {
   return static_cast<long>(std::chrono::duration_cast<std::chrono::milliseconds>(
                                std::chrono::steady_clock::now() - since)
                                .count());
-}
-
-bool WaitUntil(const std::function<bool()>& pred, int timeout_ms) {
-  auto start = std::chrono::steady_clock::now();
-  while (!pred()) {
-    if (ElapsedMs(start) > timeout_ms) return false;
-    SleepMs(10);
-  }
-  return true;
 }
 
 TEST(HostStop, ReturnsWithinASecondWhileTheCameraNeverAnswers) {
@@ -86,7 +81,7 @@ TEST(HostStop, StopAllWaitsForARunningCallback) {
   SlowStatus status;
   IP_NET_DVR_SetStatusEventCallBack(&SlowStatusCallback, &status);
   long handle = PlayAt(ClosedPort(), &Ignore, nullptr);  // reports each refused attempt
-  ASSERT_TRUE(WaitUntil([&] { return status.inside == 1; }, kWaitMs));
+  ASSERT_TRUE(testsupport::WaitFor([&] { return status.inside == 1; }, kWaitMs));
   EXPECT_EQ(IP_NET_DVR_StopAllRealPlay(), 0);
   status.released = true;
   EXPECT_EQ(status.inside, 0) << "the release waited for the callback";
@@ -124,7 +119,7 @@ long SlowCallback(long, unsigned long type, char*, unsigned long, FRAME_EXTDATA*
 TEST_F(CallbackStop, StopWhileTheCallbackRunsWaitsForItAndEndsDelivery) {
   SlowHost host;
   long handle = PlayAt(server_.Port(), &SlowCallback, &host);
-  ASSERT_TRUE(WaitUntil([&] { return host.in_callback == 1; }, kWaitMs));
+  ASSERT_TRUE(testsupport::WaitFor([&] { return host.in_callback == 1; }, kWaitMs));
   EXPECT_EQ(IP_NET_DVR_StopRealPlay(handle), 0);
   host.stopped = true;
   EXPECT_EQ(host.in_callback, 0) << "the stop waited for the running callback";
@@ -156,10 +151,10 @@ TEST_F(CallbackStop, ACallbackMayStopItsOwnStream) {
   SelfStopper stopper;
   long handle = PlayAt(server_.Port(), &StopOwnStream, &stopper);
   stopper.handle = handle;
-  ASSERT_TRUE(WaitUntil([&] { return stopper.stop_result != 1; }, kWaitMs));
+  ASSERT_TRUE(testsupport::WaitFor([&] { return stopper.stop_result != 1; }, kWaitMs));
   EXPECT_EQ(stopper.stop_result, 0);
   EXPECT_EQ(IP_NET_DVR_StopRealPlay(handle), -8999989) << "forgotten at once";
-  ASSERT_TRUE(WaitUntil([&] { return CPullClass::LiveCount() == live_before; }, kWaitMs))
+  ASSERT_TRUE(testsupport::WaitFor([&] { return CPullClass::LiveCount() == live_before; }, kWaitMs))
       << "the pull destroys itself when its thread ends";
   EXPECT_EQ(stopper.after_stop, 0);
 }
@@ -175,7 +170,7 @@ TEST(Watchdog, StopsAStreamOnceAfterItsDataStops) {
   CPullClass* quiet_pull = registry.GetRtspObject(quiet, 0);
   fed_pull->SetLastDataTick(GetTickCount());
 
-  ASSERT_TRUE(WaitUntil([&] { return fed_pull->StopFlag(); }, kWaitMs));
+  ASSERT_TRUE(testsupport::WaitFor([&] { return fed_pull->StopFlag(); }, kWaitMs));
   EXPECT_EQ(registry.SilentStreamsStopped(), 1);
   // Several more periods: flagged once only; a stream that never had data is
   // left alone; the stopped stream stays registered.
