@@ -10,6 +10,7 @@
 // decodes. Prints its figures; exits 0 when every check holds.
 #include <dirent.h>
 #include <getopt.h>
+#include <malloc.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -80,6 +81,32 @@ long RssKb() {
   return resident * (sysconf(_SC_PAGESIZE) / 1024);
 }
 
+// Bytes the allocator has handed out and not had back.
+long HeapInUseKb() {
+  struct mallinfo2 info = mallinfo2();
+  return static_cast<long>((info.uordblks + info.hblkhd) / 1024);
+}
+
+// Resident memory at one moment. The allocator keeps pages that were freed
+// (in the arenas of the many threads) instead of handing them back, so
+// resident memory alone grows with the churn of large buffers even when
+// nothing is held; malloc_trim hands them back first, so that what is
+// compared is what the process holds. Both figures are kept.
+struct MemorySample {
+  long untrimmed_kb = 0;  // resident before the trim
+  long resident_kb = 0;   // resident after it
+  long heap_kb = 0;       // handed out by the allocator
+};
+
+MemorySample SampleMemory() {
+  MemorySample m;
+  m.untrimmed_kb = RssKb();
+  malloc_trim(0);
+  m.resident_kb = RssKb();
+  m.heap_kb = HeapInUseKb();
+  return m;
+}
+
 std::string ReadFile(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   std::ostringstream s;
@@ -141,7 +168,12 @@ struct Figures {
   std::atomic<long> calls{0}, downloads_ok{0}, downloads_bad{0}, downloads_failed{0};
   std::atomic<long> talks{0}, streams{0}, recordings{0}, commands{0};
   std::mutex mu;
-  std::vector<std::pair<std::string, bool>> recorded;  // path, from an intact camera
+  struct Recorded {
+    std::string path;
+    const char* camera;
+    bool intact;  // from a camera that serves its stream unchanged
+  };
+  std::vector<Recorded> recorded;
   std::vector<std::string> mismatches;
 };
 
@@ -284,7 +316,7 @@ void Soak::Record(std::mt19937_64& rng, const Session& s, int worker) {
   WATCHED(IP_NET_DVR_StopRealPlay(handle));
   if (recording) {
     std::lock_guard<std::mutex> lock(fig_.mu);
-    fig_.recorded.emplace_back(file, profiles_[s.camera].intact);
+    fig_.recorded.push_back({file, profiles_[s.camera].name, profiles_[s.camera].intact});
   }
 }
 
@@ -316,23 +348,31 @@ void Soak::Worker(int index) {
 bool Soak::CheckRecordings() {
   int converted = 0, failed = 0, missing = 0;
   for (const auto& rec : fig_.recorded) {
-    if (access(rec.first.c_str(), F_OK) != 0) {
+    if (access(rec.path.c_str(), F_OK) != 0) {
       ++missing;  // no key frame arrived before the stop: no file
       continue;
     }
-    std::string out = rec.first + ".mkv";
+    std::string out = rec.path + ".mkv";
     CAviConverter converter;
-    bool ok = converter.Convert(rec.first, out) == 0 && converter.Report().video_frames > 0;
-    if (ok) {
+    bool converts = converter.Convert(rec.path, out) == 0 && converter.Report().video_frames > 0;
+    bool decodes = false;
+    if (converts) {
       std::string cmd = "ffmpeg -nostdin -v error -i '" + out + "' -f null - >/dev/null 2>&1";
-      ok = system(cmd.c_str()) == 0;
+      decodes = system(cmd.c_str()) == 0;
     }
-    if (ok) {
+    if (converts && decodes) {
       ++converted;
-    } else if (rec.second) {
+    } else if (rec.intact) {
       ++failed;
-      fprintf(stderr, "soak: recording %s does not convert or decode: %s\n", rec.first.c_str(),
-              converter.Error().c_str());
+      // Kept for a look: the run's folder goes at the end.
+      std::string kept = "/tmp/quorvel-soak-failed-" + std::to_string(getpid()) + "-" +
+                         std::to_string(failed) + ".avi";
+      std::string cp = "cp '" + rec.path + "' '" + kept + "'";
+      bool copied = system(cp.c_str()) == 0;
+      fprintf(stderr, "soak: recording %s from camera %s %s (%d video frames%s%s); kept as %s\n",
+              rec.path.c_str(), rec.camera, converts ? "does not decode" : "does not convert",
+              converter.Report().video_frames, converter.Error().empty() ? "" : ", ",
+              converter.Error().c_str(), copied ? kept.c_str() : "(not kept)");
     }
     unlink(out.c_str());
   }
@@ -349,7 +389,7 @@ int Soak::Run() {
   IP_NET_DVR_SetStatusEventCallBack(&Events::OnStatus, &events_);
   int fds_start = CountEntries("/proc/self/fd");
   int threads_start = CountEntries("/proc/self/task");
-  long rss_start = RssKb();
+  MemorySample mem_start = SampleMemory();
   auto started = Clock::now();
   end_ = started + std::chrono::seconds(seconds_);
 
@@ -370,20 +410,24 @@ int Soak::Run() {
   for (int w = 0; w < threads_; ++w) workers.emplace_back(&Soak::Worker, this, w);
   // The restarting camera goes down hard every 15 s; memory is sampled once
   // the first minute (or a third of a shorter run) is over.
-  long rss_mark = 0;
+  MemorySample mem_mark;
+  bool marked = false;
   auto mark_at = started + std::chrono::seconds(seconds_ >= 120 ? 60 : seconds_ / 3);
   auto next_restart = started + std::chrono::seconds(15);
   size_t restarting = profiles_.size() - 1;
   while (Running()) {
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
-    if (rss_mark == 0 && Clock::now() >= mark_at) rss_mark = RssKb();
+    if (!marked && Clock::now() >= mark_at) {
+      mem_mark = SampleMemory();
+      marked = true;
+    }
     if (Clock::now() >= next_restart) {
       next_restart += std::chrono::seconds(15);
       if (cameras_[restarting]->Restart()) ++restarts_;
     }
   }
   for (auto& w : workers) w.join();
-  long rss_end = RssKb();
+  MemorySample mem_end = SampleMemory();
 
   for (const Session& s : sessions_) WATCHED(IP_NET_DVR_Logout(s.id));
   WATCHED(IP_NET_DVR_Cleanup());
@@ -398,7 +442,9 @@ int Soak::Run() {
   }
   for (auto& c : cameras_) c->Stop();
 
-  double growth = rss_mark > 0 ? 100.0 * (rss_end - rss_mark) / rss_mark : 0;
+  double growth = mem_mark.resident_kb > 0
+                      ? 100.0 * (mem_end.resident_kb - mem_mark.resident_kb) / mem_mark.resident_kb
+                      : 0;
   auto counts = events_.Counts();
   printf("soak: %d s, %d sessions on %zu cameras, %d worker threads, seed %llu\n", seconds_,
          kSessions, cameras_.size(), threads_, static_cast<unsigned long long>(seed_));
@@ -417,9 +463,14 @@ int Soak::Run() {
          counts[EVENT_STARTAUDIOFAILED]);
   printf("descriptors: %d at start, %d at end\n", fds_start, fds_end);
   printf("threads: %d at start, %d at end\n", threads_start, threads_end);
+  const char* mark = seconds_ >= 120 ? "minute" : "third";
   printf("resident memory: %ld KB at start, %ld KB after the first %s, %ld KB at the end "
          "(%+.2f %%)\n",
-         rss_start, rss_mark, seconds_ >= 120 ? "minute" : "third", rss_end, growth);
+         mem_start.resident_kb, mem_mark.resident_kb, mark, mem_end.resident_kb, growth);
+  printf("resident before handing free allocator pages back: %ld, %ld, %ld KB\n",
+         mem_start.untrimmed_kb, mem_mark.untrimmed_kb, mem_end.untrimmed_kb);
+  printf("heap in use: %ld KB at start, %ld KB after the first %s, %ld KB at the end\n",
+         mem_start.heap_kb, mem_mark.heap_kb, mark, mem_end.heap_kb);
   bool ok = true;
   ok &= CheckRecordings();
   if (dog_.Stuck() > 0) ok = false;

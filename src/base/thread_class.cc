@@ -123,7 +123,7 @@ int CThreadClass::Start(int) {
       QV_LOG("[%s:%d]pthread_create thread ERROR with ret:%d !\n\n", ret);
     }
     if (handle_ != 0) {
-      QV_LOG("[%s:%d]create thread OK! handle:%#x\n\n", HandleBits(handle_));
+      QV_LOG("[%s:%d]create thread OK! handle:%#x\n\n", HandleBits(handle_.load()));
       break;
     }
     SleepUs(10);

@@ -53,7 +53,8 @@ class CThreadClass {
 
   bool StopFlag() const { return stop_; }
   void SetStopFlag() { stop_ = true; }
-  pthread_t Handle() const { return handle_; }
+  // Read without a lock by other threads (is this call on my own thread?).
+  pthread_t Handle() const { return handle_.load(); }
 
   CThreadClass(const CThreadClass&) = delete;
   CThreadClass& operator=(const CThreadClass&) = delete;
@@ -69,7 +70,7 @@ class CThreadClass {
   // Start, Kill and RunThread are made under "thread_statusvar".
   std::atomic<bool> stop_{true};
   char class_name_[100] = {};
-  pthread_t handle_ = 0;
+  std::atomic<pthread_t> handle_{0};
   std::atomic<int> exit_{1};
   std::atomic<int> running_{0};
   std::atomic<int> pause_{0};

@@ -78,9 +78,11 @@ int CPTZControlClass::LinkThread() {
   while ((request = new (std::nothrow) char[kRequestBufferSize]) == nullptr) SleepUs(10);
 
   while (Running()) {
+    talk_lock_.Lock();  // StopAudio may release the sender meanwhile
     if (audio_send_thread_ != nullptr && audio_send_thread_->IsRunning()) {
       audio_send_thread_->Kill(-1);
     }
+    talk_lock_.Unlock();
     link_state_ = kNotConnected;
     RoundResult round = ConnectPhase(request, kRequestBufferSize);
     if (round == kRoundStop) break;
@@ -289,7 +291,9 @@ bool CPTZControlClass::EndRound() {
 void CPTZControlClass::ThreadExit() {
   if (file_send_thread_ != nullptr) file_send_thread_->Kill(-1);
   TalkAtThreadExit();
+  talk_lock_.Lock();
   if (audio_send_thread_ != nullptr) audio_send_thread_->Kill(-1);
+  talk_lock_.Unlock();
   CloseSocket();
   link_state_ = kNotConnected;
   PostStatus(EVENT_LOGOUT_FINISH, "%s login thread exit.\n", log_label_.c_str());

@@ -58,7 +58,9 @@ CPTZControlClass::~CPTZControlClass() {
 
 int CPTZControlClass::Kill(int wait) {
   QV_LOG("[%s:%d]%#x: m_pAudioSendThread\n", AddressBits(audio_send_thread_));
+  talk_lock_.Lock();
   StopThread(audio_send_thread_, wait);
+  talk_lock_.Unlock();
   QV_LOG("[%s:%d]%#x: m_pFileSendThread\n", AddressBits(file_send_thread_));
   StopThread(file_send_thread_, wait);
   QV_LOG("[%s:%d]%#x: m_pLinkThread\n", AddressBits(link_thread_));

@@ -62,6 +62,8 @@ long CAudioThread::AudioFrameData(const char* data, long length) {
   return length;
 }
 
+int CAudioThread::Waiting() const { return ring_->GetReadCount(); }
+
 void CAudioThread::WaitForFrame() {
   std::unique_lock<std::mutex> lock(wake_mu_);
   wake_.wait_for(lock, std::chrono::milliseconds(kIdleWaitMs),

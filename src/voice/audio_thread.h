@@ -32,6 +32,8 @@ class CAudioThread : public CThreadClass {
   // empty frame, -8999992 for null data or a frame outside 0..kMaxFrame,
   // -8999994 when the ring has no memory for it.
   long AudioFrameData(const char* data, long length);
+  // Frames handed in and not yet taken by the thread.
+  int Waiting() const;
 
   // G.711 mu-law from 16-bit linear samples: byte_count / 2 samples of in
   // become as many bytes, packed in order into the words of out (an even

@@ -108,6 +108,12 @@ int CPTZControlClass::StopAudio() {
   if (audio_send_thread_ != nullptr) {
     audio_send_thread_->Kill(0);
     audio_send_thread_->Kill(-1);
+    // Its ring holds 2 MB: a session that talked once would keep it for
+    // life. Once nothing is left in it, the next talk makes a new one.
+    if (audio_send_thread_->Waiting() == 0) {
+      delete audio_send_thread_;
+      audio_send_thread_ = nullptr;
+    }
   }
   talk_.ClearValues();
   talk_lock_.Unlock();

@@ -1,5 +1,5 @@
 // The library against a camera in hostile mode, one case per seed: every
-// exported call of a session's life returns within its bound whatever the
+// exported call of a session's life (replay included) returns within its bound whatever the
 // camera sends, the process survives, and logout and cleanup end cleanly.
 // A failing seed replays: the camera draws the same faults for the same
 // traffic.
@@ -17,6 +17,7 @@
 #include "emu/camera.h"
 #include "emu/file_service.h"
 #include "emu/hostile.h"
+#include "emu/recordings.h"
 #include "quorvel/quorvel.h"
 #include "support/call_watchdog.h"
 #include "support/scratch.h"
@@ -96,6 +97,7 @@ TEST_P(HostileCamera, SessionLifeReturnsAndLogsOutCleanly) {
   // calls run either way, against whatever state the session is in.
   bool logged_in = login_.Wait(static_cast<int>(20000 * qvtest::TestTimeFactor()));
   RecordProperty("logged_in", logged_in ? 1 : 0);
+  time_t first_recording = qvemu::RecordingStore(60).FirstOfDay(camera_->CameraTime()).start;
   for (int round = 0; round < 3; ++round) {
     char buffer[8192];
     unsigned long returned = 0;
@@ -114,7 +116,10 @@ TEST_P(HostileCamera, SessionLifeReturnsAndLogsOutCleanly) {
     BOUNDED(IP_NET_DVR_InputAudioData(id, audio.data(), static_cast<int>(audio.size())));
     BOUNDED(IP_NET_DVR_StopVoiceCom(id));
     BOUNDED(IP_NET_DVR_CloseUpgradeHandle(id));
+    BOUNDED(IP_NET_DVR_ReplayByTime(id, static_cast<long>(first_recording)));
+    BOUNDED(IP_NET_DVR_ControlReplay(id, QV_REPLAY_FAST, 8));
   }
+  BOUNDED(IP_NET_DVR_ControlReplay(id, QV_REPLAY_STOP, 0));
   BOUNDED(IP_NET_DVR_Logout(id));
   EXPECT_NE(IP_NET_DVR_Logout(id), 0) << "the session is gone after logout";
   EXPECT_GT(camera_->Connections(), 0);

@@ -83,6 +83,9 @@ TEST_F(TalkTest, StartAndStopSendTheirRequestsAndReportTheCamerasAnswers) {
                      "<RA_START_PARAM\nAudioForamt=\"PCM\" Channels=\"2\" SampleRate=\"16000\" "
                      "Bitrate=\"16000\" RTPSendPort=\"0\"  ConnectType=\"1\" "
                      "Sessionid=\"emu-session-1\" />"));
+  // The sender let go at the stop is made again for this talk.
+  Feed(id, "talking again");
+  EXPECT_EQ(Frames("MEDIA_DATA_MESSAGE", 1).size(), 1u);
   camera_->SetReply("REVERSE_AUDIO_MESSAGE", "CMD_RA_STOP", -5, "");
   ASSERT_EQ(IP_NET_DVR_StopVoiceCom(id), 0);
   ASSERT_TRUE(events_.WaitStatus(id, EVENT_STOPAUDIOFAILED, kWaitMs));

@@ -51,6 +51,7 @@ struct CameraOptions {
   // hostile now and then, in a sequence fixed by the seed.
   bool hostile = false;
   uint64_t hostile_seed = 0;
+  bool hostile_replay = false;    // replay media and start answers only, by hostile_seed
 };
 
 struct ReceivedFrame {

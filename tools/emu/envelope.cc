@@ -4,6 +4,8 @@
 
 #include <cstdio>
 
+#include "base/base64.h"
+
 namespace qvemu {
 namespace {
 
@@ -81,6 +83,14 @@ std::string HexEncode(const std::string& bytes) {
     snprintf(two, sizeof two, "%02x", c);
     out += two;
   }
+  return out;
+}
+
+std::string Base64Encode(const std::string& bytes) {
+  CBase64 codec;
+  std::string out(bytes.size() * 4 / 3 + 8, '\0');
+  int n = codec.Encode(bytes.data(), &out[0], static_cast<int>(bytes.size()));
+  out.resize(static_cast<size_t>(n));
   return out;
 }
 

@@ -33,6 +33,9 @@ std::string EscapeAttr(const std::string& text);
 // Two lower-case hexadecimal digits a byte.
 std::string HexEncode(const std::string& bytes);
 
+// Base64, as the camera writes parameter blocks into its replies.
+std::string Base64Encode(const std::string& bytes);
+
 // A message body parsed as a sequence of elements (a body may hold more
 // than one top-level element, as the encrypted login does).
 class BodyXml {

@@ -240,6 +240,129 @@ std::string HostileFile(HostileDice* dice, const std::string& bytes, int* fault_
   }
 }
 
+namespace {
+
+constexpr size_t kMediaHeader = 20;
+constexpr int kFirstFragment = 1, kMiddleFragment = 0, kLastFragment = 16;
+
+void PutLe(std::string* bytes, size_t at, uint64_t v, int width) {
+  for (int i = 0; i < width && at + i < bytes->size(); ++i) {
+    (*bytes)[at + i] = static_cast<char>(v >> (8 * i));
+  }
+}
+
+uint32_t GetLe(const std::string& bytes, size_t at, int width) {
+  uint32_t v = 0;
+  for (int i = width - 1; i >= 0; --i) v = (v << 8) | static_cast<unsigned char>(bytes[at + i]);
+  return v;
+}
+
+// A packet with the given header fields changed from `like`.
+std::string MediaPacket(const std::string& like, uint16_t sequence, int type, const std::string& data) {
+  std::string packet = like.substr(0, kMediaHeader) + data;
+  PutLe(&packet, 8, sequence, 2);
+  PutLe(&packet, 10, data.size(), 2);
+  packet[12] = static_cast<char>(type);
+  return packet;
+}
+
+}  // namespace
+
+std::vector<HostileMediaPacket> HostileMedia(HostileDice* dice, const std::string& packet,
+                                             uint16_t* sequence) {
+  std::vector<HostileMediaPacket> out;
+  int size = static_cast<int>(packet.size());
+  auto add = [&out](std::string bytes) {  // announced as long as it is
+    int n = static_cast<int>(bytes.size());
+    out.push_back({std::move(bytes), n});
+  };
+  if (packet.size() < kMediaHeader || dice->Percent(80)) {
+    add(packet);
+    return out;
+  }
+  std::string bad = packet;
+  switch (dice->Below(10)) {
+    case 0: {  // a data length beyond the bytes that carry it, or none at all
+      const uint32_t lengths[] = {0, 65535, static_cast<uint32_t>(packet.size()),
+                                  static_cast<uint32_t>(dice->Below(65536))};
+      PutLe(&bad, 10, lengths[dice->Below(4)], 2);
+      add(bad);
+      break;
+    }
+    case 1:  // the message announces more than it carries, or less than a header
+      out.push_back({packet, dice->Percent(50) ? size + 1 + static_cast<int>(dice->Below(100000))
+                                               : static_cast<int>(dice->Below(kMediaHeader))});
+      break;
+    case 2:  // the header cut short
+      bad.resize(static_cast<size_t>(dice->Below(kMediaHeader)));
+      add(bad);
+      break;
+    case 3: {  // the sequence jumps, and the camera goes on from there
+      uint16_t jumped = static_cast<uint16_t>(*sequence + 1 + dice->Below(65534));
+      PutLe(&bad, 8, jumped, 2);
+      *sequence = static_cast<uint16_t>(jumped + 1);
+      add(bad);
+      break;
+    }
+    case 4:  // the same packet twice (the second one out of sequence)
+      add(packet);
+      add(packet);
+      break;
+    case 5: {  // another type, media kind or frame index
+      const int at[] = {12, 14, 16};
+      size_t field = static_cast<size_t>(at[dice->Below(3)]);
+      PutLe(&bad, field, dice->Next(), field == 16 ? 4 : 1);
+      add(bad);
+      break;
+    }
+    case 6: {  // data that ends in a false frame trailer
+      std::string trailer(32, '\0');
+      PutLe(&trailer, 0, 0x1A2B3C4D, 8);
+      PutLe(&trailer, 16, dice->Next(), 8);
+      PutLe(&trailer, 24, dice->Next(), 8);
+      std::string data = packet.substr(kMediaHeader, static_cast<size_t>(dice->Below(64))) + trailer;
+      add(MediaPacket(packet, GetLe(packet, 8, 2), packet[12], data));
+      break;
+    }
+    case 7: {  // the frame again, in fragments that add up past 2 MiB
+      add(packet);
+      std::string data(60000, 'M');
+      add(MediaPacket(packet, (*sequence)++, kFirstFragment, data));
+      for (int i = 0; i < 40; ++i) {
+        add(MediaPacket(packet, (*sequence)++, kMiddleFragment, data));
+      }
+      add(MediaPacket(packet, (*sequence)++, kLastFragment, data));
+      break;
+    }
+    case 8:  // random bytes behind a good header
+      add(packet.substr(0, kMediaHeader) + dice->Bytes(packet.size() - kMediaHeader));
+      break;
+    default:  // left out
+      break;
+  }
+  return out;
+}
+
+std::string HostileReplayStart(HostileDice* dice, const std::string& video_block,
+                               const std::string& audio_block, const std::string& file_name) {
+  // Block sizes around the ones the host tells apart.
+  const size_t sizes[] = {0, 1, 55, 56, 57, 275, 276, 277, 315, 316, 317, 535, 536, 537, 4000};
+  auto block = [&](const std::string& good) -> std::string {
+    switch (dice->Below(5)) {
+      case 0: return Base64Encode(dice->Bytes(sizes[dice->Below(15)]));
+      case 1: return Base64Encode(Flip(dice, good, 1 + dice->Below(16)));
+      case 2: return Value(dice);
+      case 3: return Base64Encode(good.substr(0, static_cast<size_t>(dice->Below(good.size()))));
+      default: return Base64Encode(good);
+    }
+  };
+  std::string video = block(video_block), audio = block(audio_block);
+  std::string body = "<RESPONSE_PARAM VideoSeconds=\"" + Value(dice) + "\"";
+  if (!dice->Percent(10)) body += " VideoParam=\"" + video + "\"";
+  if (!dice->Percent(10)) body += " AudioParam=\"" + audio + "\"";
+  return body + " FileName=\"" + EscapeAttr(file_name) + "\" />";
+}
+
 std::string HostileRtspChunk(HostileDice* dice, const std::string& chunk, bool* close) {
   *close = false;
   if (dice->Percent(97)) return chunk;

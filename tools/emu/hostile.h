@@ -15,6 +15,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace qvemu {
 
@@ -62,6 +63,28 @@ std::string HostileDatagram(HostileDice* dice, const std::string& text);
 // a data-channel fault to apply (a DataChannelFault::Kind, 0 for none).
 std::string HostileFile(HostileDice* dice, const std::string& bytes, int* fault_kind,
                         long* fault_value);
+
+// One replay media packet (its 20-byte header and data) as it goes out, with
+// the data length its message announces for it.
+struct HostileMediaPacket {
+  std::string packet;
+  int announced;
+};
+
+// What goes out in place of one well-formed replay media packet: usually the
+// packet itself, otherwise a length that lies (beyond the data, 0, 65535), an
+// announced length beyond the message, a header cut short, a sequence that
+// jumps back or ahead (*sequence, the next one to use, follows the jump),
+// another packet type, media kind or frame index, data that ends in a false
+// frame trailer, or a run of middle fragments larger than any frame.
+std::vector<HostileMediaPacket> HostileMedia(HostileDice* dice, const std::string& packet,
+                                             uint16_t* sequence);
+
+// The body of a replay start answer with hostile values: parameter blocks of
+// odd sizes, random bytes or text that is not Base64, one of them missing,
+// an absurd VideoSeconds; sometimes the body as given.
+std::string HostileReplayStart(HostileDice* dice, const std::string& video_block,
+                               const std::string& audio_block, const std::string& file_name);
 
 // RTSP bytes on their way to the client: flipped bytes inside, or cut at a
 // random point. *close: the proxy should close both sides after sending.

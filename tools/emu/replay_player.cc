@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <optional>
 
 #include "emu/envelope.h"
 #include "emu/frame_io.h"
@@ -128,6 +129,8 @@ std::chrono::steady_clock::duration ReplayPlayer::Interval() const {
 }
 
 void ReplayPlayer::Run() {
+  std::optional<HostileDice> dice;  // of the play of dice_generation
+  uint64_t dice_generation = 0;
   std::unique_lock<std::mutex> lock(mu_);
   for (;;) {
     changed_.wait(lock, [this] {
@@ -160,7 +163,13 @@ void ReplayPlayer::Run() {
     bool last = state_.next_frame >= RecordingStore::VideoFrames(recording_);
     std::string end = last ? end_message_ : std::string();
     lock.unlock();
-    bool sent = SendStep(index, settings, &sequence);
+    if (!settings.hostile) {
+      dice.reset();
+    } else if (!dice || dice_generation != generation) {
+      dice.emplace(DiceFor(settings.hostile_seed, "replay", settings.hostile_play));
+      dice_generation = generation;
+    }
+    bool sent = SendStep(index, settings, dice ? &*dice : nullptr, &sequence);
     if (sent && last) sent = send_(end);
     lock.lock();
     if (generation != generation_) continue;  // a new play began meanwhile
@@ -173,16 +182,17 @@ void ReplayPlayer::Run() {
   }
 }
 
-bool ReplayPlayer::SendStep(int index, const ReplaySettings& settings, uint16_t* sequence) {
+bool ReplayPlayer::SendStep(int index, const ReplaySettings& settings, HostileDice* dice,
+                            uint16_t* sequence) {
   bool faulty = settings.fault != ReplayFault::kNone && index == settings.fault_frame;
   std::string video = faulty && settings.fault == ReplayFault::kOversizeFrame
                           ? std::string(kOversizeBytes, 'O')
                           : RecordingStore::VideoFrame(index);
   uint64_t packets = 0;
-  bool ok = SendFrame(video, index, 0, RecordingStore::IsKeyFrame(index), settings, sequence,
-                      &packets) &&
-            SendFrame(RecordingStore::AudioFrame(index), index, 1, false, settings, sequence,
-                      &packets);
+  bool ok = SendFrame(video, index, 0, RecordingStore::IsKeyFrame(index), settings, dice,
+                      sequence, &packets) &&
+            SendFrame(RecordingStore::AudioFrame(index), index, 1, false, settings, dice,
+                      sequence, &packets);
   std::lock_guard<std::mutex> lock(mu_);
   state_.packets += packets;
   if (ok) state_.frames += 2;
@@ -190,8 +200,8 @@ bool ReplayPlayer::SendStep(int index, const ReplaySettings& settings, uint16_t*
 }
 
 bool ReplayPlayer::SendFrame(const std::string& data, int index, int kind, bool key,
-                             const ReplaySettings& settings, uint16_t* sequence,
-                             uint64_t* packets) {
+                             const ReplaySettings& settings, HostileDice* dice,
+                             uint16_t* sequence, uint64_t* packets) {
   bool faulty = kind == 0 && index == settings.fault_frame;
   uint32_t tick = static_cast<uint32_t>(index) * RecordingStore::kFrameMs;
   size_t piece = static_cast<size_t>(std::max(1, std::min(settings.fragment, 65535)));
@@ -209,6 +219,13 @@ bool ReplayPlayer::SendFrame(const std::string& data, int index, int kind, bool 
     int announced = static_cast<int>(packet.size());
     if (faulty && p == 0 && settings.fault == ReplayFault::kPosBeyondMessage) announced += 1000;
     ++*sequence;
+    if (dice != nullptr) {
+      for (const HostileMediaPacket& p : HostileMedia(dice, packet, sequence)) {
+        if (!send_(MediaMessage(settings.message_code, p.packet, p.announced))) return false;
+        ++*packets;
+      }
+      continue;
+    }
     if (!send_(MediaMessage(settings.message_code, packet, announced))) return false;
     ++*packets;
   }

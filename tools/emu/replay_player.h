@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "emu/camera.h"
+#include "emu/hostile.h"
 #include "emu/recordings.h"
 
 namespace qvemu {
@@ -24,6 +25,9 @@ struct ReplaySettings {
   ReplayFault fault = ReplayFault::kNone;
   int fault_frame = -1;         // video frame index of the recording it hits
   std::string message_code = "0";  // Msg_code of the media messages
+  bool hostile = false;         // packets go out through HostileMedia
+  uint64_t hostile_seed = 0;
+  uint64_t hostile_play = 0;    // the play's number, which picks its generator
 };
 
 // The state of a play, readable after its player is gone.
@@ -68,9 +72,11 @@ class ReplayPlayer {
  private:
   void Run();
   // Sends video and audio frame `index`; false when the link refused.
-  bool SendStep(int index, const ReplaySettings& settings, uint16_t* sequence);
+  // dice: the play's hostile generator, or null.
+  bool SendStep(int index, const ReplaySettings& settings, HostileDice* dice, uint16_t* sequence);
   bool SendFrame(const std::string& data, int index, int kind, bool key,
-                 const ReplaySettings& settings, uint16_t* sequence, uint64_t* packets);
+                 const ReplaySettings& settings, HostileDice* dice, uint16_t* sequence,
+                 uint64_t* packets);
   // The pause between two frames at the current speed.
   std::chrono::steady_clock::duration Interval() const;
 

@@ -7,10 +7,10 @@
 
 #include <cstdlib>
 
-#include "base/base64.h"
 #include "emu/camera_behaviour.h"
 #include "emu/envelope.h"
 #include "emu/frame_io.h"
+#include "emu/hostile.h"
 
 namespace qvemu {
 namespace {
@@ -19,14 +19,6 @@ constexpr long kPlay = 0;
 constexpr long kSeek = 5;
 const char kTimeline[] = "TIMELINE_REPLAY_CONTROL_MESSAGE";
 
-std::string Base64(const std::string& bytes) {
-  CBase64 codec;
-  std::string out(bytes.size() * 4 / 3 + 8, '\0');
-  int n = codec.Encode(bytes.data(), &out[0], static_cast<int>(bytes.size()));
-  out.resize(static_cast<size_t>(n));
-  return out;
-}
-
 Reply Answer(const ReceivedFrame& f, int flag) {
   return Reply{f.type, f.code, std::to_string(flag), ""};
 }
@@ -34,7 +26,10 @@ Reply Answer(const ReceivedFrame& f, int flag) {
 }  // namespace
 
 ReplayServer::ReplayServer(const CameraOptions& options)
-    : front_replay_(options.front_replay), store_(options.recording_seconds) {}
+    : front_replay_(options.front_replay), store_(options.recording_seconds) {
+  settings_.hostile = options.hostile || options.hostile_replay;
+  settings_.hostile_seed = options.hostile_seed;
+}
 
 void ReplayServer::Install(CameraBehaviour* behaviour) {
   auto handler = [this, behaviour](LinkState* link, const ReceivedFrame& f,
@@ -100,14 +95,22 @@ void ReplayServer::Start(time_t camera_now, LinkState* link, const ReceivedFrame
   auto& part = link->parts["replay"];
   if (!part) part = std::make_shared<ReplayPlayer>(link->send);
   std::shared_ptr<ReplayPlayer> player = std::static_pointer_cast<ReplayPlayer>(part);
-  std::string start = EncodeFrame(MakeEnvelope(
-      f.type, "0", "0",
-      "<RESPONSE_PARAM VideoSeconds=\"" + std::to_string(r.seconds) + "\" VideoParam=\"" +
-          Base64(RecordingStore::VideoParamBlock()) + "\" AudioParam=\"" +
-          Base64(RecordingStore::AudioParamBlock()) + "\" FileName=\"" + EscapeAttr(r.name) +
-          "\" />"));
+  ReplaySettings settings = settings_;
+  settings.hostile_play = ++plays_;
+  std::string start_body;
+  if (settings.hostile) {
+    HostileDice dice = DiceFor(settings.hostile_seed, "replay-start", settings.hostile_play);
+    start_body = HostileReplayStart(&dice, RecordingStore::VideoParamBlock(),
+                                    RecordingStore::AudioParamBlock(), r.name);
+  } else {
+    start_body = "<RESPONSE_PARAM VideoSeconds=\"" + std::to_string(r.seconds) + "\" VideoParam=\"" +
+                 Base64Encode(RecordingStore::VideoParamBlock()) + "\" AudioParam=\"" +
+                 Base64Encode(RecordingStore::AudioParamBlock()) + "\" FileName=\"" +
+                 EscapeAttr(r.name) + "\" />";
+  }
+  std::string start = EncodeFrame(MakeEnvelope(f.type, "0", "0", start_body));
   std::string end = EncodeFrame(MakeEnvelope(f.type, "7", "1", ""));
-  player->Open(r, frame, settings_, start, end);
+  player->Open(r, frame, settings, start, end);
   ++stats_.starts;
   stats_.recording = r.name;
   last_ = player->StateCell();

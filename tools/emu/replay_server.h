@@ -49,6 +49,7 @@ class ReplayServer {
   ReplaySettings settings_;
   ReplayStats stats_;
   std::shared_ptr<ReplayStateCell> last_;  // of the most recent play
+  uint64_t plays_ = 0;                     // starts answered, for hostile plays
 };
 
 }  // namespace qvemu
