@@ -208,6 +208,7 @@ TEST_F(HeartbeatTest, UnansweredHeartbeatsDropTheLinkAndReconnect) {
   std::vector<long> codes = events_.Codes(id);
   auto lost = std::find(codes.begin(), codes.end(), EVENT_CONNECTFAILED);
   ASSERT_NE(lost, codes.end());
+  ASSERT_NE(lost + 1, codes.end());
   EXPECT_EQ(*(lost + 1), EVENT_LOGIN_RECONNECT);
   EXPECT_EQ(camera_->Connections(), 2);
 }
