@@ -39,26 +39,32 @@ std::mutex& ConfigFileLock() {
 
 bool ReadConfigFile(const char* path, std::string* text) {
   if (!path || !text) return false;
-  FILE* f = fopen(path, "rb");
-  if (!f) return false;
+  int fd = open(path, O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return false;
   text->clear();
+  // Sized by the file's length where it has one, then read to its end (a
+  // file that grows meanwhile is still bounded).
+  struct stat st;
+  if (fstat(fd, &st) == 0 && st.st_size > 0 && static_cast<size_t>(st.st_size) <= kMaxConfigFile) {
+    text->reserve(static_cast<size_t>(st.st_size));
+  }
   char chunk[16384];
   bool ok = true;
   for (;;) {
-    size_t n = fread(chunk, 1, sizeof(chunk), f);
-    if (n > 0) {
-      if (text->size() + n > kMaxConfigFile) {
-        ok = false;
-        break;
-      }
-      text->append(chunk, n);
-    }
-    if (n < sizeof(chunk)) {
-      ok = !ferror(f);
+    ssize_t n = read(fd, chunk, sizeof(chunk));
+    if (n < 0 && errno == EINTR) continue;
+    if (n < 0) {
+      ok = false;
       break;
     }
+    if (n == 0) break;
+    if (text->size() + static_cast<size_t>(n) > kMaxConfigFile) {
+      ok = false;
+      break;
+    }
+    text->append(chunk, static_cast<size_t>(n));
   }
-  fclose(f);
+  close(fd);
   return ok;
 }
 

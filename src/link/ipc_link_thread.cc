@@ -11,3 +11,9 @@ CIpcLinkThread::~CIpcLinkThread() { Kill(-1); }
 int CIpcLinkThread::Thread() { return session_ != nullptr ? session_->LinkThread() : -1; }
 
 int CIpcLinkThread::IsRunning() { return (CThreadClass::IsRunning() && !StopFlag()) ? 1 : 0; }
+
+int CIpcLinkThread::Kill(int wait) {
+  SetStopFlag();
+  if (session_ != nullptr) session_->WakeLinkThread();
+  return CThreadClass::Kill(wait);
+}

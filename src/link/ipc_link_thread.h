@@ -15,6 +15,9 @@ class CIpcLinkThread : public CThreadClass {
   // Running, and not asked to stop through the stop flag: a session can ask
   // its thread to stop without waiting for it (see CPTZControlClass::Kill).
   int IsRunning() override;
+  // Also wakes the session's receive wait, which a stop must end at once:
+  // an idle link thread waits until its next heartbeat.
+  int Kill(int wait) override;
 
  private:
   CPTZControlClass* session_;

@@ -29,7 +29,7 @@ const unsigned long kHeartbeatMs = 10000;
 const unsigned long kHeartbeatWatchMs = 20000;
 const unsigned long kFirstReconnectPauseMs = 10;
 const int kReceiveSliceMs = 5;   // the turn without a wake-up descriptor
-const int kStopCheckMs = 300;    // longest receive wait
+const int kBusyWaitMs = 300;     // longest receive wait while talk or a transfer runs
 
 enum Origin { kFromAction = 1, kFromAux = 2, kFromPtz = 3 };
 
@@ -222,7 +222,18 @@ int CPTZControlClass::TurnWaitMs() {
                                                : login_send_tick_ + ScaledMs(kLoginResendMs);
   long left = static_cast<long>(due + 1 - GetTickCount());
   if (left <= 0) return 0;
-  return left < kStopCheckMs ? static_cast<int>(left) : kStopCheckMs;
+  // Talk and transfers keep timers of their own (start repeat, silence,
+  // re-announcement, stall): the turn comes round often enough for them.
+  // A stop needs no turn: it always writes the wake-up descriptor.
+  if (left > kBusyWaitMs && (talk_.requested != 0 || TransferNeedsTurns())) return kBusyWaitMs;
+  return static_cast<int>(left);
+}
+
+bool CPTZControlClass::TransferNeedsTurns() {
+  transfer_lock_.Lock();
+  bool busy = transfer_.Pending() || transfer_.InLink();
+  transfer_lock_.Unlock();
+  return busy;
 }
 
 bool CPTZControlClass::ReceiveTurn() {

@@ -238,8 +238,10 @@ class CPTZControlClass {
   bool ReceiveTurn();
   // How long this turn's receive may wait: 0 with work pending or a timer
   // due, else until the loop's next deadline (heartbeat or login resend),
-  // at most 300 ms so that a stop is always seen in time.
+  // at most 300 ms while talk or a transfer needs the turn.
   int TurnWaitMs();
+  // A transfer is waiting for its port or moves its data in the link.
+  bool TransferNeedsTurns();
   bool RequestsQueued();
   void DrainWake();
   // Ends a round; false when the outer loop must end.

@@ -91,9 +91,14 @@ int CPTZControlClass::StartAudio(int audio_type, int sample_rate, int channels) 
   talk_.last_send_tick = 0;
   std::string request = TalkStartRequest();
   talk_lock_.Unlock();
-  if ((ret = QueueAction(request)) != 0) return ret;
+  // Requested before the request can leave: the camera's answer may be read
+  // on the link thread before QueueAction has even returned.
   talk_.start_request_tick = GetTickCount();
   talk_.requested = 1;
+  if ((ret = QueueAction(request)) != 0) {
+    talk_.requested = 0;
+    return ret;
+  }
   return 0;
 }
 

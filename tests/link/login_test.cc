@@ -105,6 +105,15 @@ TEST_F(RealSpeedLoginTest, ALostLinkReportsTheLastFormattedStatusText) {
   EXPECT_EQ(events_.First(id, EVENT_SOCKETERROR).text, Label() + ": OK: authentication OK!");
 }
 
+// An idle link waits for its next heartbeat; a logout must end that wait at
+// once, not when the heartbeat falls due (it would go out first).
+TEST_F(RealSpeedLoginTest, LogoutOfAnIdleSessionDoesNotWaitForTheNextHeartbeat) {
+  long id = LoginReady();
+  ASSERT_EQ(IP_NET_DVR_Logout(id), 0);
+  ASSERT_TRUE(events_.WaitStatus(id, EVENT_LOGOUT_FINISH, kWaitMs));
+  EXPECT_TRUE(camera_->ReceivedOfType("AUXPTZ_HEARTBEAT_MESSAGE").empty());
+}
+
 // Urgent data on the link is an exception on the socket, even with normal
 // data beside it.
 TEST_F(LoginTest, UrgentDataEndsTheRoundWithStatus3) {
@@ -199,6 +208,7 @@ TEST_F(HeartbeatTest, UnansweredHeartbeatsDropTheLinkAndReconnect) {
   std::vector<long> codes = events_.Codes(id);
   auto lost = std::find(codes.begin(), codes.end(), EVENT_CONNECTFAILED);
   ASSERT_NE(lost, codes.end());
+  ASSERT_NE(lost + 1, codes.end());
   EXPECT_EQ(*(lost + 1), EVENT_LOGIN_RECONNECT);
   EXPECT_EQ(camera_->Connections(), 2);
 }

@@ -25,6 +25,7 @@ const char kConfigPath[] = "/mnt/nand/config.xml";
 const long kFirmwareType = 1;
 const long kConfigType = 0;
 const size_t kLinkPiece = 32768;
+const long kReserveLimit = 256L << 20;  // most set aside ahead for a link-mode upload
 const size_t kMaxRecords = 200;
 const unsigned long kGoWaitMs = 30000;
 const int kSnapAlarm = 23;
@@ -149,6 +150,7 @@ FileService::Request FileService::ReadRequest(const ReceivedFrame& f) {
   r.name = BodyXml::Attr(e, "FilePath");
   if (r.name.empty()) r.name = BodyXml::Attr(e, "FileName");
   if (r.name.empty()) r.name = BodyXml::Attr(e, "RemoteFileName");
+  r.length = atol(BodyXml::Attr(e, "FileLength").c_str());
   return r;
 }
 
@@ -183,9 +185,11 @@ void FileService::AddRecord(const DataChannelRecord& record) {
   if (records_.size() > kMaxRecords) records_.erase(records_.begin());
 }
 
-bool FileService::FinishUpload(long type, const std::string& path, const std::string& bytes,
+bool FileService::FinishUpload(long type, const std::string& path, std::string upload,
                                bool locked) {
-  std::string key = store_.PutUpload(path, bytes);
+  auto kept = std::make_shared<const std::string>(std::move(upload));
+  const std::string& bytes = *kept;
+  std::string key = store_.PutUpload(path, kept);
   std::string note;
   bool accepted = true;
   if (type == kFirmwareType) {
@@ -233,7 +237,10 @@ void FileService::OnUploadRequest(LinkState* link, const ReceivedFrame& f,
   }
   if (mode == FileMode::kLink) {
     std::lock_guard<std::mutex> lock(mu_);
-    link_uploads_[link->connection] = LinkUpload{request.type, request.name, ""};
+    LinkUpload& upload = link_uploads_[link->connection];
+    upload = LinkUpload{request.type, request.name, ""};
+    // Room for the announced length, so a large file is not moved as it grows.
+    if (request.length > 0) upload.data.reserve(std::min(request.length, kReserveLimit));
     out->push_back(Answer(f, 0, Fmt("<RESPONSE_PARAM Port=\"%ld\" Type=\"%ld\" />",
                                     hooks_.control_port(), 1)));
     return;
@@ -280,11 +287,11 @@ void FileService::OnDownloadRequest(LinkState* link, const ReceivedFrame& f,
     std::lock_guard<std::mutex> lock(mu_);
     if (!answer_requests_) return;
   }
-  std::string bytes;
-  bool found = request.name == kConfigPath
-                   ? (bytes = behaviour_->ConfigDocumentLocked(), true)
-                   : store_.Get(request.name, &bytes);
-  if (!found) {
+  std::shared_ptr<const std::string> served =
+      request.name == kConfigPath
+          ? std::make_shared<const std::string>(behaviour_->ConfigDocumentLocked())
+          : store_.Share(request.name);
+  if (!served) {
     out->push_back(Answer(f, -1));
     return;
   }
@@ -293,15 +300,21 @@ void FileService::OnDownloadRequest(LinkState* link, const ReceivedFrame& f,
   {
     std::lock_guard<std::mutex> lock(mu_);
     mode = mode_;
-    fault = NextFaultLocked(&bytes);
+    if (options_.hostile) {
+      std::string bytes = *served;  // a drawn fault may alter what is served
+      fault = NextFaultLocked(&bytes);
+      served = std::make_shared<const std::string>(std::move(bytes));
+    } else {
+      fault = NextFaultLocked(nullptr);
+    }
   }
-  long announced = static_cast<long>(bytes.size());
+  long announced = static_cast<long>(served->size());
   if (fault.kind == DataChannelFault::kWrongLength) announced += fault.value;
   if (mode == FileMode::kLink) {
     Reply reply = Answer(f, 0, Fmt("<RESPONSE_PARAM Port=\"%ld\" Type=\"%ld\" FileLength=\"%ld\" />",
                                    hooks_.control_port(), 1, announced));
-    Job* job = Spawn(link->connection, [this, bytes, fault](Job* j) {
-      PushDownload(j, bytes, fault);
+    Job* job = Spawn(link->connection, [this, served, fault](Job* j) {
+      PushDownload(j, served, fault);
     });
     reply.after_sent = [job] { job->go = true; };
     out->push_back(reply);
@@ -314,13 +327,14 @@ void FileService::OnDownloadRequest(LinkState* link, const ReceivedFrame& f,
   }
   out->push_back(Answer(f, 0, Fmt("<RESPONSE_PARAM Port=\"%ld\" Type=\"%ld\" FileLength=\"%ld\" />",
                                   channel->port(), 0, announced)));
-  Spawn(link->connection, [this, channel, request, bytes, fault](Job* job) {
-    ServeDownload(job, channel, request, bytes, fault);
+  Spawn(link->connection, [this, channel, request, served, fault](Job* job) {
+    ServeDownload(job, channel, request, served, fault);
   });
 }
 
 void FileService::ServeDownload(Job* job, std::shared_ptr<DataChannel> channel, Request request,
-                                std::string bytes, DataChannelFault fault) {
+                                std::shared_ptr<const std::string> bytes,
+                                DataChannelFault fault) {
   DataChannelRecord record;
   record.name = request.name;
   {
@@ -328,13 +342,15 @@ void FileService::ServeDownload(Job* job, std::shared_ptr<DataChannel> channel, 
     record.number = ++channels_;
   }
   if (!channel->Accept(job->stop)) return;
-  channel->SendFile(bytes, fault, job->stop, &record);
+  channel->SendFile(*bytes, fault, job->stop, &record);
   Print("data channel " + std::to_string(record.number) + ": download of " + request.name +
         (record.complete ? " sent" : " cut short"));
   AddRecord(record);
 }
 
-void FileService::PushDownload(Job* job, std::string bytes, DataChannelFault fault) {
+void FileService::PushDownload(Job* job, std::shared_ptr<const std::string> served,
+                               DataChannelFault fault) {
+  const std::string& bytes = *served;
   unsigned long start = GetTickCount();
   while (!job->go && !job->stop && GetTickCount() - start < kGoWaitMs) SleepMs(1);
   if (!job->go) return;
@@ -387,7 +403,7 @@ void FileService::OnUploadData(LinkState* link, const ReceivedFrame& f, std::vec
   LinkUpload done = std::move(upload);
   link_uploads_.erase(it);
   lock.unlock();
-  if (!FinishUpload(done.type, done.path, done.data, true)) {
+  if (!FinishUpload(done.type, done.path, std::move(done.data), true)) {
     out->push_back(Reply{"SYSTEM_CONTROL_MESSAGE", "1022", "-1",
                          "<RESPONSE_PARAM errormsg=\"file check failed\" />"});
   }

@@ -95,6 +95,7 @@ class FileService {
   struct Request {
     long type = 0;
     std::string name;  // FilePath (upload) or FileName (download)
+    long length = 0;   // FileLength of a first upload request
   };
 
   static Request ReadRequest(const ReceivedFrame& f);
@@ -108,12 +109,13 @@ class FileService {
   Job* Spawn(int connection, std::function<void(Job*)> body);
   void ServeUpload(Job* job, std::shared_ptr<DataChannel> channel, Request request,
                    DataChannelFault fault);
+  // The served file is shared, not copied: it may be many megabytes.
   void ServeDownload(Job* job, std::shared_ptr<DataChannel> channel, Request request,
-                     std::string bytes, DataChannelFault fault);
-  void PushDownload(Job* job, std::string bytes, DataChannelFault fault);
+                     std::shared_ptr<const std::string> bytes, DataChannelFault fault);
+  void PushDownload(Job* job, std::shared_ptr<const std::string> bytes, DataChannelFault fault);
   // Keeps a whole upload and checks it; false when the camera refuses it.
   // locked: called from a handler (the behaviour's lock is held).
-  bool FinishUpload(long type, const std::string& path, const std::string& bytes, bool locked);
+  bool FinishUpload(long type, const std::string& path, std::string bytes, bool locked);
   void AddRecord(const DataChannelRecord& record);
   // The fault of a transfer starting now (the one set, or in hostile mode a
   // drawn one, which may also alter the served *bytes); mu_ held.

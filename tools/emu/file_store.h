@@ -8,6 +8,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 
@@ -24,16 +25,18 @@ class FileStore {
   bool Put(const std::string& camera_path, std::string bytes);
   // Memory first, then the folder.
   bool Get(const std::string& camera_path, std::string* bytes) const;
+  // The same without a copy of a file kept in memory; null when not found.
+  std::shared_ptr<const std::string> Share(const std::string& camera_path) const;
   // Keeps an upload under the last part of host_path, in memory and in the
   // folder. The key it is kept under ("" when the name is unusable).
-  std::string PutUpload(const std::string& host_path, const std::string& bytes);
+  std::string PutUpload(const std::string& host_path, std::shared_ptr<const std::string> bytes);
 
   const std::string& folder() const { return folder_; }
 
  private:
   const std::string folder_;
   mutable std::mutex mu_;
-  std::map<std::string, std::string> files_;
+  std::map<std::string, std::shared_ptr<const std::string>> files_;
 };
 
 }  // namespace qvemu
