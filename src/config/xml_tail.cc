@@ -38,7 +38,9 @@ bool SkipMisc(const std::string& s, size_t* at) {
 }
 
 // Moves `at` (on a start tag's '<') past the tag, quoted values included.
-// *empty: the tag closes itself. False when it is unterminated.
+// *empty: the tag closes itself. False when it is unterminated. The parser
+// takes an unquoted '<' inside a tag as the start of the next one, leaving
+// the cut tag open, and so does this walk.
 bool SkipStartTag(const std::string& s, size_t* at, bool* empty) {
   char quote = 0;
   for (size_t i = *at + 1; i < s.size(); ++i) {
@@ -47,6 +49,10 @@ bool SkipStartTag(const std::string& s, size_t* at, bool* empty) {
       if (c == quote) quote = 0;
     } else if (c == '"' || c == '\'') {
       quote = c;
+    } else if (c == '<') {
+      *empty = false;
+      *at = i;
+      return true;
     } else if (c == '>') {
       *empty = s[i - 1] == '/';
       *at = i + 1;

@@ -23,6 +23,9 @@ TEST(XmlTail, FindsTextAfterTheRootOnly) {
       {"<a/><!--c-->b<c/>", true},
       {"<a/><?p x?>&amp;", true},
       {"<a/><![CDATA[x]]>", true},
+      // A '<' inside a tag starts the next tag, as the parser reads it.
+      {"<a<b x=\"\"></b></a>e", true},
+      {"<t<i v=\"\"><t<i e=\"\"</i></t></i><i</i></t>e", true},
       // Shapes it does not judge: left to the parser.
       {"<!DOCTYPE a><a/>x", false},
       {"<a/><!-- open", false},
