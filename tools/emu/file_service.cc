@@ -169,13 +169,15 @@ FileService::Job* FileService::Spawn(int connection, std::function<void(Job*)> b
         ++it;
       }
     }
+    // Started under the lock: Stop, and a later Spawn reaping finished jobs,
+    // take a job from the list only with its thread handle already set.
+    raw->thread = std::thread([raw, body] {
+      body(raw);
+      raw->finished = true;
+    });
     jobs_.push_back(std::move(job));
   }
   for (auto& done : finished) done->thread.join();
-  raw->thread = std::thread([raw, body] {
-    body(raw);
-    raw->finished = true;
-  });
   return raw;
 }
 
