@@ -170,7 +170,9 @@ TEST(Watchdog, StopsAStreamOnceAfterItsDataStops) {
   CPullClass* quiet_pull = registry.GetRtspObject(quiet, 0);
   fed_pull->SetLastDataTick(GetTickCount());
 
-  ASSERT_TRUE(testsupport::WaitFor([&] { return fed_pull->StopFlag(); }, kWaitMs));
+  // The count goes up last, after the flag and the tick are set.
+  ASSERT_TRUE(testsupport::WaitFor([&] { return registry.SilentStreamsStopped() > 0; }, kWaitMs));
+  EXPECT_TRUE(fed_pull->StopFlag());
   EXPECT_EQ(registry.SilentStreamsStopped(), 1);
   // Several more periods: flagged once only; a stream that never had data is
   // left alone; the stopped stream stays registered.
