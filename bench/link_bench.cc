@@ -27,39 +27,13 @@
 #include "emu_process.h"
 #include "emu/camera.h"
 #include "quorvel/quorvel.h"
+#include "status_events.h"
 
 extern char** environ;
 
 namespace {
 
 const int kSessions = 128;
-
-// Counts status events by code and wakes waiters.
-class Events {
- public:
-  void Install() { IP_NET_DVR_SetStatusEventCallBack(&Events::OnStatus, this); }
-  void Reset() {
-    std::lock_guard<std::mutex> lock(mu_);
-    counts_.assign(64, 0);
-  }
-  bool WaitCount(long code, int n, int timeout_ms) {
-    std::unique_lock<std::mutex> lock(mu_);
-    return cv_.wait_for(lock, std::chrono::milliseconds(timeout_ms),
-                        [&] { return counts_[code] >= n; });
-  }
-
- private:
-  static long OnStatus(long, long code, const char*, void* user) {
-    Events* self = static_cast<Events*>(user);
-    std::lock_guard<std::mutex> lock(self->mu_);
-    if (code >= 0 && code < 64) ++self->counts_[code];
-    self->cv_.notify_all();
-    return 0;
-  }
-  std::mutex mu_;
-  std::condition_variable cv_;
-  std::vector<int> counts_ = std::vector<int>(64, 0);
-};
 
 // The library started, an in-process camera and the status events counted;
 // everything released at the end.
@@ -71,7 +45,7 @@ struct Setup {
   }
   ~Setup() { IP_NET_DVR_Cleanup(); }
   qvemu::Camera camera;
-  Events events;
+  StatusEvents events;
 };
 
 long Login(uint16_t port) {
@@ -88,7 +62,7 @@ double Percentile(std::vector<double> v, double p) {
 
 void BM_PtzRoundTrip(benchmark::State& state) {
   Setup setup;
-  Events& events = setup.events;
+  StatusEvents& events = setup.events;
   long id = Login(setup.camera.Port());
   events.WaitCount(EVENT_LOGINOK, 1, 10000);
   std::vector<double> micros;
@@ -160,7 +134,7 @@ void BM_IdleSessions(benchmark::State& state) {
     return;
   }
   IP_NET_DVR_Init();
-  Events events;
+  StatusEvents events;
   events.Install();
   long rss_before = ResidentKiB();
   for (int i = 0; i < kSessions; ++i) Login(static_cast<uint16_t>(emu_port));

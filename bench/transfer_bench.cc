@@ -26,6 +26,7 @@
 #include "emu/camera.h"
 #include "emu/file_service.h"
 #include "quorvel/quorvel.h"
+#include "status_events.h"
 
 namespace {
 
@@ -33,33 +34,6 @@ const size_t kFileSize = 64u << 20;
 const size_t kPacedFileSize = 4u << 20;  // the data-channel upload
 const size_t kPiece = 65536;
 const int kTransferTimeoutMs = 600000;
-
-// Counts status events by code and wakes waiters.
-class Events {
- public:
-  void Install() { IP_NET_DVR_SetStatusEventCallBack(&Events::OnStatus, this); }
-  int Count(long code) {
-    std::lock_guard<std::mutex> lock(mu_);
-    return counts_[code];
-  }
-  bool WaitCount(long code, int n, int timeout_ms) {
-    std::unique_lock<std::mutex> lock(mu_);
-    return cv_.wait_for(lock, std::chrono::milliseconds(timeout_ms),
-                        [&] { return counts_[code] >= n; });
-  }
-
- private:
-  static long OnStatus(long, long code, const char*, void* user) {
-    Events* self = static_cast<Events*>(user);
-    std::lock_guard<std::mutex> lock(self->mu_);
-    if (code >= 0 && code < 64) ++self->counts_[code];
-    self->cv_.notify_all();
-    return 0;
-  }
-  std::mutex mu_;
-  std::condition_variable cv_;
-  std::vector<int> counts_ = std::vector<int>(64, 0);
-};
 
 // A scratch folder holding the 64 MB source file, a logged-in session with
 // an in-process camera that offers the same bytes; all removed at the end.
@@ -99,14 +73,14 @@ class Setup {
   std::string PacedSource() const { return dir_ + "/source-4m.bin"; }
   const std::string& dir() const { return dir_; }
   long id() const { return id_; }
-  Events& events() { return events_; }
+  StatusEvents& events() { return events_; }
   qvemu::Camera& camera() { return *camera_; }
 
  private:
   std::string dir_;
   std::string bytes_;
   std::unique_ptr<qvemu::Camera> camera_;
-  Events events_;
+  StatusEvents events_;
   long id_ = 0;
   bool ok_ = false;
 };
