@@ -73,12 +73,21 @@ bool SkipStartTag(const std::string& s, size_t* at, bool* empty) {
   return false;
 }
 
+// Before the document element the parser also passes over stray '>'.
+bool SkipProlog(const std::string& s, size_t* at) {
+  for (;;) {
+    if (!SkipMisc(s, at)) return false;
+    if (*at >= s.size() || s[*at] != '>') return true;
+    ++*at;
+  }
+}
+
 }  // namespace
 
 bool HasTextAfterRoot(const std::string& s) {
   if (EndsInText(s)) return true;
   size_t at = 0;
-  if (!SkipMisc(s, &at) || at >= s.size() || s[at] != '<' || StartsWith(s, at, "<!")) {
+  if (!SkipProlog(s, &at) || at >= s.size() || s[at] != '<' || StartsWith(s, at, "<!")) {
     return false;
   }
   int depth = 0;

@@ -29,6 +29,8 @@ TEST(XmlTail, FindsTextAfterTheRootOnly) {
       // End marks overlapping their start: "<!-->" and "<?>" are whole.
       {"<!--><a/>t<!---->", true},
       {"<?><a/>t<?p?>", true},
+      // Stray '>' before the document element are passed over.
+      {"<?x?>>\n> <a/>t<!---->", true},
       // Text at the very end, whatever comes before, the parser refuses.
       {"<!DOCTYPE a><a/>x", true},
       {"<a>x", true},
