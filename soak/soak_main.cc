@@ -6,8 +6,9 @@
 // bound (the watchdog prints the stuck call and its thread's stack), file
 // descriptors and threads are back to their starting counts, resident memory
 // grew less than 1 % from the end of the first minute, every completed
-// download equals its source and every closed recording converts and
-// decodes. Prints its figures; exits 0 when every check holds.
+// download equals its source and every closed recording that a key frame
+// reached in time converts and decodes (the others hold no video). Prints
+// its figures; exits 0 when every check holds.
 #include <dirent.h>
 #include <getopt.h>
 #include <malloc.h>
