@@ -20,16 +20,27 @@ bool SkipPast(const std::string& s, size_t* at, const char* end) {
   return true;
 }
 
-// Skips blanks, comments and processing instructions. False when one of
+// Character data behind the last '>' lies after a closed document element
+// or inside one that is never closed; the parser refuses the text either way.
+bool EndsInText(const std::string& s) {
+  size_t last = s.rfind('>');
+  for (size_t i = last == std::string::npos ? 0 : last + 1; i < s.size(); ++i) {
+    if (!Blank(s[i])) return true;
+  }
+  return false;
+}
+
+// Skips blanks, comments and processing instructions. The parser lets the
+// end mark overlap the start ("<!-->", "<?>"), and so does this walk. False when one of
 // them is unterminated.
 bool SkipMisc(const std::string& s, size_t* at) {
   for (;;) {
     while (*at < s.size() && Blank(s[*at])) ++*at;
     if (StartsWith(s, *at, "<!--")) {
-      *at += 4;
+      *at += 2;
       if (!SkipPast(s, at, "-->")) return false;
     } else if (StartsWith(s, *at, "<?")) {
-      *at += 2;
+      *at += 1;
       if (!SkipPast(s, at, "?>")) return false;
     } else {
       return true;
@@ -62,11 +73,21 @@ bool SkipStartTag(const std::string& s, size_t* at, bool* empty) {
   return false;
 }
 
+// Before the document element the parser also passes over stray '>'.
+bool SkipProlog(const std::string& s, size_t* at) {
+  for (;;) {
+    if (!SkipMisc(s, at)) return false;
+    if (*at >= s.size() || s[*at] != '>') return true;
+    ++*at;
+  }
+}
+
 }  // namespace
 
 bool HasTextAfterRoot(const std::string& s) {
+  if (EndsInText(s)) return true;
   size_t at = 0;
-  if (!SkipMisc(s, &at) || at >= s.size() || s[at] != '<' || StartsWith(s, at, "<!")) {
+  if (!SkipProlog(s, &at) || at >= s.size() || s[at] != '<' || StartsWith(s, at, "<!")) {
     return false;
   }
   int depth = 0;
@@ -75,13 +96,13 @@ bool HasTextAfterRoot(const std::string& s) {
       at = s.find('<', at);
       if (at == std::string::npos) return false;
     } else if (StartsWith(s, at, "<!--")) {
-      at += 4;
+      at += 2;
       if (!SkipPast(s, &at, "-->")) return false;
     } else if (StartsWith(s, at, "<![CDATA[")) {
       at += 9;
       if (!SkipPast(s, &at, "]]>")) return false;
     } else if (StartsWith(s, at, "<?")) {
-      at += 2;
+      at += 1;
       if (!SkipPast(s, &at, "?>")) return false;
     } else if (StartsWith(s, at, "<!")) {
       return false;

@@ -9,8 +9,10 @@ namespace qvconfig {
 // section) after its document element, where only blanks, comments and
 // processing instructions may follow. The configuration parser refuses such
 // a text, but leaks a node while doing so, so it is not handed such texts.
-// False whenever the text's shape is not plain enough to tell (a DOCTYPE,
-// an unterminated construct, no element at all).
+// Also true for any text that ends in character data, which the parser
+// refuses whatever comes before. Otherwise false whenever the text's shape
+// is not plain enough to tell (a DOCTYPE, an unterminated construct, no
+// element at all).
 bool HasTextAfterRoot(const std::string& text);
 
 }  // namespace qvconfig

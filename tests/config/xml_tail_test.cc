@@ -26,9 +26,17 @@ TEST(XmlTail, FindsTextAfterTheRootOnly) {
       // A '<' inside a tag starts the next tag, as the parser reads it.
       {"<a<b x=\"\"></b></a>e", true},
       {"<t<i v=\"\"><t<i e=\"\"</i></t></i><i</i></t>e", true},
+      // End marks overlapping their start: "<!-->" and "<?>" are whole.
+      {"<!--><a/>t<!---->", true},
+      {"<?><a/>t<?p?>", true},
+      // Stray '>' before the document element are passed over.
+      {"<?x?>>\n> <a/>t<!---->", true},
+      // Text at the very end, whatever comes before, the parser refuses.
+      {"<!DOCTYPE a><a/>x", true},
+      {"<a>x", true},
+      {"<a/><!-- open", true},
       // Shapes it does not judge: left to the parser.
-      {"<!DOCTYPE a><a/>x", false},
-      {"<a/><!-- open", false},
+      {"<!DOCTYPE a><a/><!---->x<!---->", false},
       {"x<a/>", false},
       {"<a><b>", false},
   };
