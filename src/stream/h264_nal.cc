@@ -6,11 +6,13 @@ namespace {
 const uint8_t kStartCode[4] = {0, 0, 0, 1};
 
 void AppendUnit(std::vector<uint8_t>* out, const uint8_t* data, size_t size) {
-  size_t at = out->size();
-  out->resize(at + sizeof(kStartCode) + size);
-  memcpy(out->data() + at, kStartCode, sizeof(kStartCode));
-  if (size > 0) memcpy(out->data() + at + sizeof(kStartCode), data, size);
+  out->insert(out->end(), kStartCode, kStartCode + sizeof(kStartCode));
+  out->insert(out->end(), data, data + size);
 }
+
+// Units a completed key frame leaves out: access unit delimiters and the
+// in-band parameter sets (the known ones lead it instead).
+bool DroppedFromKeyFrame(int type) { return type == 9 || type == 7 || type == 8; }
 }  // namespace
 
 int IsH264KeyFrame(const unsigned char* data, int length) {
@@ -142,13 +144,24 @@ std::vector<uint8_t> CH264ParamSets::AnnexB() const {
 bool CH264ParamSets::CompleteKeyFrame(const uint8_t* data, size_t size,
                                       std::vector<uint8_t>* out) const {
   if (!Known() || LedBySets(data, size)) return false;
-  std::vector<NalUnit> units = SplitAnnexB(data, size);
+  // One walk decides and sizes, a second one copies: the units are never
+  // collected, and *out keeps its allocation from one key frame to the next.
   bool idr = false;
-  for (const NalUnit& unit : units) idr |= unit.type == 5;
+  size_t total = 2 * sizeof(kStartCode) + sps_.size() + pps_.size();
+  CNalScanner sizing(data, size);
+  NalUnit unit;
+  while (sizing.Next(&unit)) {
+    idr |= unit.type == 5;
+    if (!DroppedFromKeyFrame(unit.type)) total += sizeof(kStartCode) + unit.size;
+  }
   if (!idr) return false;
-  *out = AnnexB();
-  for (const NalUnit& unit : units) {
-    if (unit.type != 9 && unit.type != 7 && unit.type != 8) AppendUnit(out, unit.data, unit.size);
+  out->clear();
+  out->reserve(total);
+  AppendUnit(out, sps_.data(), sps_.size());
+  AppendUnit(out, pps_.data(), pps_.size());
+  CNalScanner copying(data, size);
+  while (copying.Next(&unit)) {
+    if (!DroppedFromKeyFrame(unit.type)) AppendUnit(out, unit.data, unit.size);
   }
   return true;
 }

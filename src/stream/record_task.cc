@@ -285,6 +285,10 @@ int CRecordTask::Thread() {
         SendEvent(EVENT_RECORD_DISKFREESPACE_TOOLOW, "");
         continue;
       }
+      // The check runs a command and can take a while; a stop that came
+      // meanwhile ends the task here instead of leaving behind a file that
+      // holds nothing but its header.
+      if (!IsRunning()) break;
       int ret = RecordBegin();
       if (ret != 0) {
         QV_LOG("[%s:%d]record begin failed, reader = %d\r\n", ret);

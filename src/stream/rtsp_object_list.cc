@@ -292,16 +292,12 @@ int CRTSPObjectList::Kill(int wait) {
 }
 
 bool CRTSPObjectList::WatchPause(unsigned long ms) {
-  const unsigned long kStepMs = 300;
-  unsigned long start = GetTickCount();
   std::unique_lock<std::mutex> lock(watch_mutex_);
-  for (;;) {
-    if (watch_stop_ || !IsRunning()) return false;
-    unsigned long passed = GetTickCount() - start;
-    if (passed >= ms) return true;
-    unsigned long step = ms - passed < kStepMs ? ms - passed : kStepMs;
-    watch_wake_.wait_for(lock, std::chrono::milliseconds(step));
-  }
+  // Kill sets the flag under the mutex and wakes the wait, so the pause
+  // needs no turns of its own to notice it.
+  bool stopped = watch_wake_.wait_for(lock, std::chrono::milliseconds(ms),
+                                      [this] { return watch_stop_ || !IsRunning(); });
+  return !stopped;
 }
 
 int CRTSPObjectList::Thread() {

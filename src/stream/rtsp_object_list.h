@@ -114,8 +114,8 @@ class CRTSPObjectList : public CThreadClass {
   static bool OnOwnThread(CPullClass* pull);
   // Removes the handle from the map and keeps the pull among the forgotten.
   CPullClass* ForgetPull(long handle);
-  // The watchdog's pause of ms, looking at its running flag every 300 ms
-  // (not every 100 ms); Kill ends it at once. False when it was ended.
+  // The watchdog's pause of ms, sleeping throughout (one wake-up per
+  // period); Kill ends it at once. False when it was ended.
   bool WatchPause(unsigned long ms);
 
   std::map<long, CPullClass*> pulls_;  // guarded by general_lock_

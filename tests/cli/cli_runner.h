@@ -33,8 +33,6 @@ inline CliRun RunCli(const std::vector<std::string>& args,
                      const std::map<std::string, std::string>& env = {},
                      const std::function<bool(const std::string& out)>& watch = nullptr) {
   CliRun run;
-  int out_pipe[2], err_pipe[2];
-  if (pipe(out_pipe) != 0 || pipe(err_pipe) != 0) return run;
   std::string program = QUORVEL_BINARY_DIR "/quorvel";
   std::vector<std::string> environment;
   for (char** e = environ; *e != nullptr; ++e) {
@@ -45,20 +43,31 @@ inline CliRun RunCli(const std::vector<std::string>& args,
     environment.push_back(entry);
   }
   for (const auto& kv : env) environment.push_back(kv.first + "=" + kv.second);
+  // Everything the child needs is made before fork: the test process runs
+  // the camera's threads, and one of them may hold the allocator's lock at
+  // the fork (the sanitizer's allocator is not reset in the child), so the
+  // child calls nothing but async-signal-safe functions until execve.
+  std::vector<char*> argv{const_cast<char*>(program.c_str())};
+  for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+  argv.push_back(nullptr);
+  std::vector<char*> envp;
+  for (std::string& e : environment) envp.push_back(&e[0]);
+  envp.push_back(nullptr);
+  // Close-on-exec, so that no other child of this process holds the write
+  // ends and keeps the reads below from seeing the end.
+  int out_pipe[2], err_pipe[2];
+  if (pipe2(out_pipe, O_CLOEXEC) != 0) return run;
+  if (pipe2(err_pipe, O_CLOEXEC) != 0) {
+    close(out_pipe[0]);
+    close(out_pipe[1]);
+    return run;
+  }
   pid_t pid = fork();
   if (pid == 0) {
     dup2(out_pipe[1], STDOUT_FILENO);
     dup2(err_pipe[1], STDERR_FILENO);
-    close(out_pipe[0]);
-    close(err_pipe[0]);
-    int null = open("/dev/null", O_RDONLY);
+    int null = open("/dev/null", O_RDONLY | O_CLOEXEC);
     if (null >= 0) dup2(null, STDIN_FILENO);
-    std::vector<char*> argv{const_cast<char*>(program.c_str())};
-    for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
-    argv.push_back(nullptr);
-    std::vector<char*> envp;
-    for (std::string& e : environment) envp.push_back(&e[0]);
-    envp.push_back(nullptr);
     execve(program.c_str(), argv.data(), envp.data());
     _exit(127);
   }

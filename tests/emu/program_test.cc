@@ -22,18 +22,19 @@ using qvemu_test::RawClient;
 class Program {
  public:
   explicit Program(std::vector<std::string> args) {
+    // The child calls only async-signal-safe functions before execv: what
+    // it needs is made here.
+    std::vector<char*> argv;
+    std::string path = std::string(QUORVEL_BINARY_DIR) + "/quorvel-emu";
+    argv.push_back(const_cast<char*>(path.c_str()));
+    for (auto& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+    argv.push_back(nullptr);
     int out[2];
-    if (pipe(out) != 0) return;
+    if (pipe2(out, O_CLOEXEC) != 0) return;
     pid_ = fork();
     if (pid_ == 0) {
       dup2(out[1], 1);
       dup2(out[1], 2);
-      close(out[0]);
-      std::vector<char*> argv;
-      std::string path = std::string(QUORVEL_BINARY_DIR) + "/quorvel-emu";
-      argv.push_back(const_cast<char*>(path.c_str()));
-      for (auto& a : args) argv.push_back(const_cast<char*>(a.c_str()));
-      argv.push_back(nullptr);
       execv(path.c_str(), argv.data());
       _exit(127);
     }

@@ -190,6 +190,49 @@ TEST_F(ConverterTest, CopyCutInsideAChunkKeepsTheWholeChunks) {
   EXPECT_EQ(ProbeStreams(dir_ / "cut.avi"), "video:h264,audio:pcm_mulaw");
 }
 
+// A recording stopped before its first key frame reached the recorder (a
+// stop right after the start, a camera down meanwhile) is closed as usual
+// with no video: its header, the audio that came, an empty index. The
+// reader takes it as whole, the converter writes its audio alone and
+// refuses one that holds nothing, leaving no output behind.
+TEST_F(ConverterTest, RecordingStoppedBeforeItsFirstKeyFrameHoldsNoVideo) {
+  RecordFeed feed = H264Feed("G711U");
+  size_t next_key = 1;
+  while (next_key < feed.video.size() && !feed.video[next_key].key) ++next_key;
+  ASSERT_LT(next_key, feed.video.size());
+  ASSERT_TRUE(feed.video[0].key);
+  feed.video.assign(feed.video.begin() + 1, feed.video.begin() + static_cast<long>(next_key));
+  feed.audio = SplitBytes(ToneMedia("pcm_mulaw"), 160);
+  feed.audio.resize(20);
+  std::string rec = dir_ / "audio-only.avi";
+  ASSERT_EQ(RecordFeedTo(feed, rec), 0);
+  RecordedFile f = ReadRecording(rec);
+  EXPECT_EQ(f.error, "");
+  ExpectSelfConsistent(f);
+  EXPECT_EQ(f.Count("00dc"), 0);
+  EXPECT_EQ(f.Count("01wb"), 20);
+  CAviReader reader;
+  ASSERT_EQ(reader.Open(rec), 0) << reader.Error();
+  EXPECT_TRUE(reader.HasIndex());
+  EXPECT_EQ(reader.Damage(), "");
+  EXPECT_EQ(reader.AudioChunks(), 20);
+  AviConvertReport r = Convert(rec, dir_ / "audio-only.out.avi");
+  EXPECT_EQ(r.video_frames, 0);
+  EXPECT_EQ(r.audio_frames, 20);
+  EXPECT_EQ(ProbeStreams(dir_ / "audio-only.out.avi"), "audio:pcm_mulaw");
+
+  feed.audio.clear();
+  rec = dir_ / "empty.avi";
+  ASSERT_EQ(RecordFeedTo(feed, rec), 0);
+  ASSERT_EQ(reader.Open(rec), 0) << reader.Error();
+  EXPECT_TRUE(reader.HasIndex());
+  EXPECT_EQ(reader.VideoChunks() + reader.AudioChunks(), 0);
+  CAviConverter converter;
+  EXPECT_EQ(converter.Convert(rec, dir_ / "empty.mkv"), -1);
+  EXPECT_NE(converter.Error().find("no frames"), std::string::npos) << converter.Error();
+  EXPECT_FALSE(FileExists(dir_ / "empty.mkv"));
+}
+
 TEST_F(ConverterTest, CommandLinePrintsWhatItWroteAndFailsCleanly) {
   RecordFeed feed = H264Feed("G711U");
   feed.audio = SplitBytes(ToneMedia("pcm_mulaw"), 160);

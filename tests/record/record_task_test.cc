@@ -1,5 +1,6 @@
 #include "stream/record_task.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -9,6 +10,7 @@
 #include <csignal>
 #include <cstring>
 #include <regex>
+#include <thread>
 
 #include "base/time_scale.h"
 #include "media_helper.h"
@@ -292,6 +294,64 @@ TEST_F(RecordTaskTest, MissingStorageFolderIsWaitedForNotMade) {
   ASSERT_EQ(task.FinishedFiles().size(), 1u);
   EXPECT_TRUE(std::regex_match(task.FinishedFiles()[0],
                                std::regex(card + "/\\d{4}-\\d{2}-\\d{2}/\\d{6}-vv-1\\.avi")));
+}
+
+// A stop that arrives while the task reads the free space (a command that
+// takes its time) ends the task there: no file is begun that could hold
+// nothing but its header. The command is held on a FIFO until the stop has
+// been asked.
+TEST_F(RecordTaskTest, StopDuringTheFreeSpaceCheckBeginsNoFile) {
+  std::string gate = dir_ / "gate";
+  std::string asked = dir_ / "asked";
+  std::string card = dir_ / "card";
+  ASSERT_EQ(mkfifo(gate.c_str(), 0600), 0);
+  ASSERT_EQ(mkdir(card.c_str(), 0755), 0);
+  std::string command =
+      "touch '" + asked + "'; read line < '" + gate + "'; echo 2097152 #%s";
+  ASSERT_EQ(SetDiskFreeCommand(command.c_str()), 0);
+  // Lets the command go on; the open waits for its reader.
+  auto open_gate = [&] {
+    int fd = open(gate.c_str(), O_WRONLY);
+    if (fd < 0) return;
+    EXPECT_EQ(write(fd, "go\n", 3), 3);
+    close(fd);
+  };
+  __STREAM_AV_PARAM p = Params("H264", "G711U");
+  const struct {
+    const char* what;
+    std::string base;
+    int by_file_name;
+  } cases[] = {{"storage folder", card, 0}, {"file name", card + "/clip.avi", 1}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    unlink(asked.c_str());
+    EventLog events;
+    CRecordTask task(&p, 60, 60, &events, 0);
+    task.SetStorageBase(c.base.c_str(), c.by_file_name);
+    task.Start();
+    ASSERT_TRUE(WaitUntil([&] { return FileExists(asked); }));
+    std::thread stopper([&] { task.Stop(); });
+    bool stop_seen = WaitUntil([&] { return task.IsRunning() == 0; });
+    open_gate();
+    stopper.join();
+    ASSERT_TRUE(stop_seen);
+    EXPECT_EQ(events.Count(EVNET_RECORD_FILEBEGIN), 0);
+    EXPECT_EQ(events.Count(EVENT_RECORD_TASKEND), 1);
+    EXPECT_TRUE(task.FinishedFiles().empty());
+    EXPECT_TRUE(ListFiles(card).empty());
+  }
+
+  // Without a stop the same check lets the file begin.
+  unlink(asked.c_str());
+  CRecordTask task(&p, 60, 60, &events_, 0);
+  task.SetStorageBase(card.c_str(), 0);
+  task.Start();
+  ASSERT_TRUE(WaitUntil([&] { return FileExists(asked); }));
+  open_gate();
+  ASSERT_TRUE(events_.WaitFor(EVNET_RECORD_FILEBEGIN));
+  SetDiskFreeCommand("echo 2097152 #%s");
+  task.Stop();
+  EXPECT_EQ(task.FinishedFiles().size(), 1u);
 }
 
 TEST_F(RecordTaskTest, VanishedFileIsNotReportedAsFinished) {

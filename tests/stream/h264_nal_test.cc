@@ -150,6 +150,7 @@ TEST(ParamSets, KeyFramesGetTheLatestSetsAtTheirFront) {
   EXPECT_FALSE(sets.CompleteKeyFrame(ready.data(), ready.size(), &out)) << "already in front";
   Bytes p_slice = Unit({0x41, 0x9A, 1});
   EXPECT_FALSE(sets.CompleteKeyFrame(p_slice.data(), p_slice.size(), &out));
+  EXPECT_EQ(out, Cat({config, Unit({0x06, 5, 1}), idr})) << "left as it was";
 
   Bytes new_sps = Unit({0x67, 0x4D, 2});
   EXPECT_TRUE(sets.Learn(new_sps.data(), new_sps.size()));
