@@ -559,10 +559,16 @@ int Soak::Run() {
     fprintf(stderr, "soak: descriptors or threads not back to their starting counts\n");
     ok = false;
   }
+#if defined(__SANITIZE_ADDRESS__)
+  // AddressSanitizer's quarantine holds freed memory back on purpose; its
+  // leak check at exit judges memory instead.
+  printf("resident memory not judged under AddressSanitizer\n");
+#else
   if (growth >= 1.0) {
     fprintf(stderr, "soak: resident memory grew %.2f %%\n", growth);
     ok = false;
   }
+#endif
   printf("soak: %s\n", ok ? "PASS" : "FAIL");
   return ok ? 0 : 1;
 }
