@@ -31,8 +31,8 @@ bool EndsInText(const std::string& s) {
 }
 
 // Skips blanks, comments and processing instructions. The parser lets the
-// end mark overlap the start ("<!-->", "<?>"), and so does this walk. False when one of
-// them is unterminated.
+// end mark overlap the start ("<!-->", "<?>"), and so does this walk. False
+// when one of them is unterminated.
 bool SkipMisc(const std::string& s, size_t* at) {
   for (;;) {
     while (*at < s.size() && Blank(s[*at])) ++*at;
