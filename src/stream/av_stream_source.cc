@@ -265,13 +265,19 @@ void CAvStreamSource::DeliverVideo(AVPacket* packet) {
       data = scratch_.data();
       size = scratch_.size();
     }
-    bool idr = false;
-    bool sets = false;
-    CNalScanner scanner(data, size);
-    NalUnit unit;
-    while (scanner.Next(&unit)) {
-      idr |= unit.type == 5;
-      sets |= unit.type == 7 || unit.type == 8;
+    // Most frames are told by the units ahead of their first slice; a key
+    // frame is walked whole, as parameter sets may stand between its
+    // slices.
+    NalLead lead = ScanToFirstSlice(data, size);
+    bool idr = lead.slice_type == 5;
+    bool sets = lead.sets;
+    if (idr || key) {
+      CNalScanner scanner(data, size);
+      NalUnit unit;
+      while (scanner.Next(&unit)) {
+        idr |= unit.type == 5;
+        sets |= unit.type == 7 || unit.type == 8;
+      }
     }
     key = (idr || key) ? 1 : 0;
     if (sets && h264_sets_.Learn(data, size)) {

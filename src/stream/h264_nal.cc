@@ -34,15 +34,34 @@ CNalScanner::CNalScanner(const uint8_t* data, size_t size) : data_(data), size_(
 // Start codes are found through their first zero, with memchr: frames are
 // scanned in full, most of their bytes are slice data, and zeros are rarer
 // there than ones.
-size_t CNalScanner::FindStartCode(size_t from) const {
-  while (from + 3 <= size_) {
-    const void* zero = memchr(data_ + from, 0, size_ - from - 2);
-    if (zero == nullptr) return size_;
-    size_t at = static_cast<size_t>(static_cast<const uint8_t*>(zero) - data_);
-    if (data_[at + 1] == 0 && data_[at + 2] == 1) return at;
+static size_t FindStartCode(const uint8_t* data, size_t size, size_t from) {
+  while (from + 3 <= size) {
+    const void* zero = memchr(data + from, 0, size - from - 2);
+    if (zero == nullptr) return size;
+    size_t at = static_cast<size_t>(static_cast<const uint8_t*>(zero) - data);
+    if (data[at + 1] == 0 && data[at + 2] == 1) return at;
     from = at + 1;
   }
-  return size_;
+  return size;
+}
+
+size_t CNalScanner::FindStartCode(size_t from) const { return ::FindStartCode(data_, size_, from); }
+
+NalLead ScanToFirstSlice(const uint8_t* data, size_t size) {
+  NalLead lead{false, 0};
+  if (data == nullptr) return lead;
+  // An empty unit reads as type 0 here (its "header" is the next start
+  // code's zero), which is neither a slice nor a parameter set.
+  for (size_t at = FindStartCode(data, size, 0); at + 3 < size;
+       at = FindStartCode(data, size, at + 3)) {
+    int type = data[at + 3] & 0x1F;
+    if (type >= 1 && type <= 5) {
+      lead.slice_type = type;
+      break;
+    }
+    lead.sets |= type == 7 || type == 8;
+  }
+  return lead;
 }
 
 bool CNalScanner::Next(NalUnit* unit) {

@@ -37,6 +37,16 @@ class CNalScanner {
   size_t begin_;  // first byte of the current unit; size_ when done
 };
 
+// What an Annex-B access unit says ahead of its first slice: whether
+// parameter sets (types 7, 8) stand there, and the type of that slice (1 to
+// 5; 0 when it has none). The slice data itself is not walked, so this
+// costs little beside CNalScanner on a large frame.
+struct NalLead {
+  bool sets;
+  int slice_type;
+};
+NalLead ScanToFirstSlice(const uint8_t* data, size_t size);
+
 // The NAL units of an Annex-B buffer, as CNalScanner walks them.
 std::vector<NalUnit> SplitAnnexB(const uint8_t* data, size_t size);
 

@@ -351,8 +351,9 @@ void CRecordTask::RecordFrames(int file_seconds) {
     bool has_video = video_ring_.GetReadTimeStamp(&video_ts) != 0;
     bool has_audio = audio_enable_ && audio_ring_.GetReadTimeStamp(&audio_ts) != 0;
     if (!has_video && !has_audio) {
-      // What was gathered goes to the file before the thread waits.
-      FlushChunks();
+      // What was gathered goes to the file before the thread waits, in
+      // whole blocks; the rest follows within kHoldMs.
+      FlushBlocks();
       WaitForFrames(elapsed + kIdleWaitMs >= file_ms ? near_end_ms : idle_ms);
       continue;
     }

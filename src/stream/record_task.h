@@ -174,6 +174,14 @@ class CRecordTask : public CThreadClass {
   // Writes the queued chunks; the frame buffers they referred to become
   // spares. False (the file given up) when the write failed.
   bool FlushChunks();
+  // Writes the queued chunks up to the file's last whole block; the rest
+  // waits for the next call, at most kHoldMs (of NowMs) in all. Frame
+  // buffers written in full become spares. False as for FlushChunks.
+  bool FlushBlocks();
+  static const unsigned long kHoldMs = 1000;
+  // After a flush: gives the file up when it failed, and makes spares of
+  // the first `done` frame buffers in flight (all of them on failure).
+  bool Flushed(bool ok, size_t done);
   int MakeFileNames();  // final_name_ and temp_name_ (0, or -1)
   // Closes the file after a failed write, keeping its ".tmp" name.
   void GiveUpFile();

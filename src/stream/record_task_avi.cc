@@ -1,4 +1,5 @@
 // CRecordTask: the AVI side (header image, chunks, index).
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <new>
@@ -17,8 +18,9 @@ const size_t kMaxIndexEntries = (0x7FFFFFFF - 16) / 32;
 // Frames up to this size (audio) are copied into the file's queue; larger
 // ones are written from the buffer they arrived in.
 const int kCopiedFrameBytes = 512;
-// Frame buffers held for one write, and spares kept for the rings.
-const size_t kMaxInFlight = 16;
+// Frame buffers held until written (about a block's and a batch's worth),
+// and spares kept for the rings.
+const size_t kMaxInFlight = 48;
 const size_t kMaxSpares = 32;
 static_assert(12 + sizeof(QV_VIDEO_PARAM::config) + kCopiedFrameBytes <= CAviChunkWriter::kCopyBytes,
               "a chunk's copied bytes fit the writer's buffer");
@@ -128,13 +130,24 @@ int CRecordTask::WriteAVIIndex() {
 }
 
 bool CRecordTask::FlushChunks() {
-  bool ok = !file_.IsOpen() || file_.Flush();
+  return Flushed(!file_.IsOpen() || file_.Flush(), in_flight_.size());
+}
+
+bool CRecordTask::FlushBlocks() {
+  int done = 0;
+  bool ok = !file_.IsOpen() || file_.FlushBlocks(NowMs(), kHoldMs, &done);
+  return Flushed(ok, file_.IsOpen() ? static_cast<size_t>(done) : in_flight_.size());
+}
+
+bool CRecordTask::Flushed(bool ok, size_t done) {
   if (!ok) {
     QV_LOG("[%s:%d]write frame data failed, errno=%d\n", errno);
     GiveUpFile();
+    done = in_flight_.size();
   }
-  for (const FrameBuffer& b : in_flight_) Recycle(b);
-  in_flight_.clear();
+  done = std::min(done, in_flight_.size());
+  for (size_t i = 0; i < done; ++i) Recycle(in_flight_[i]);
+  in_flight_.erase(in_flight_.begin(), in_flight_.begin() + static_cast<long>(done));
   return ok;
 }
 
@@ -192,9 +205,8 @@ int CRecordTask::QueueChunk(const char* id, const unsigned char* vol, int vol_le
   // the next flush.
   bool copy = length <= kCopiedFrameBytes;
   size_t copied = 12 + static_cast<size_t>(vol_length) + (copy ? static_cast<size_t>(length) : 0);
-  if (!file_.HasRoom(3, copied) || (!copy && in_flight_.size() >= kMaxInFlight)) {
-    if (!FlushChunks()) return -1;
-  }
+  auto full = [&] { return !file_.HasRoom(3, copied) || (!copy && in_flight_.size() >= kMaxInFlight); };
+  if (full() && (!FlushBlocks() || (full() && !FlushChunks()))) return -1;
   unsigned char head[12];
   AviPutCode(head, id);
   PutLe32(head + 8, static_cast<uint32_t>(vol_length + length));

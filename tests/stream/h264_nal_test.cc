@@ -88,9 +88,9 @@ std::vector<std::pair<size_t, size_t>> ReferenceUnits(const Bytes& b) {
   return units;
 }
 
-TEST(AnnexB, ScannerAgreesWithAPlainWalkOnAnyBytes) {
+TEST(AnnexB, ScannersAgreeWithAPlainWalkOnAnyBytes) {
   std::mt19937 random(7);
-  const uint8_t alphabet[] = {0, 0, 0, 1, 0x65, 0x41, 0xFF};
+  const uint8_t alphabet[] = {0, 0, 0, 1, 0x65, 0x41, 0x67, 0x68, 0xFF};
   for (int round = 0; round < 3000; ++round) {
     Bytes b(random() % 40);
     for (uint8_t& x : b) x = alphabet[random() % sizeof(alphabet)];
@@ -100,8 +100,21 @@ TEST(AnnexB, ScannerAgreesWithAPlainWalkOnAnyBytes) {
       EXPECT_EQ(u.type, u.data[0] & 0x1F);
     }
     ASSERT_EQ(found, ReferenceUnits(b)) << "round " << round;
+    // The lead walk sees the same units up to the first slice.
+    NalLead want{false, 0};
+    for (const NalUnit& u : SplitAnnexB(b.data(), b.size())) {
+      if (u.type >= 1 && u.type <= 5) {
+        want.slice_type = u.type;
+        break;
+      }
+      want.sets |= u.type == 7 || u.type == 8;
+    }
+    NalLead lead = ScanToFirstSlice(b.data(), b.size());
+    ASSERT_EQ(lead.sets, want.sets) << "round " << round;
+    ASSERT_EQ(lead.slice_type, want.slice_type) << "round " << round;
   }
   EXPECT_TRUE(SplitAnnexB(nullptr, 0).empty());
+  EXPECT_EQ(ScanToFirstSlice(nullptr, 0).slice_type, 0);
 }
 
 TEST(AnnexB, AvcConfigurationRecordsBecomeStartCodedUnits) {
