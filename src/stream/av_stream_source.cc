@@ -265,13 +265,13 @@ void CAvStreamSource::DeliverVideo(AVPacket* packet) {
       data = scratch_.data();
       size = scratch_.size();
     }
-    // Most frames are told by the units ahead of their first slice; a key
-    // frame is walked whole, as parameter sets may stand between its
-    // slices.
+    // Most frames are told by the units ahead of their first slice. A key
+    // frame without parameter sets there is walked whole, as they may
+    // stand between its slices (with sets ahead, Learn walks it anyway).
     NalLead lead = ScanToFirstSlice(data, size);
     bool idr = lead.slice_type == 5;
     bool sets = lead.sets;
-    if (idr || key) {
+    if ((idr || key) && !sets) {
       CNalScanner scanner(data, size);
       NalUnit unit;
       while (scanner.Next(&unit)) {

@@ -6,8 +6,10 @@ namespace {
 const uint8_t kStartCode[4] = {0, 0, 0, 1};
 
 void AppendUnit(std::vector<uint8_t>* out, const uint8_t* data, size_t size) {
-  out->insert(out->end(), kStartCode, kStartCode + sizeof(kStartCode));
-  out->insert(out->end(), data, data + size);
+  size_t at = out->size();
+  out->resize(at + sizeof(kStartCode) + size);
+  memcpy(out->data() + at, kStartCode, sizeof(kStartCode));
+  if (size > 0) memcpy(out->data() + at + sizeof(kStartCode), data, size);
 }
 
 // Units a completed key frame leaves out: access unit delimiters and the
