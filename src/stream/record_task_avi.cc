@@ -202,7 +202,8 @@ unsigned char* CRecordTask::TakeFrame(CRingBuffer* ring, int* length, int* flag,
 int CRecordTask::QueueChunk(const char* id, const unsigned char* vol, int vol_length,
                             const unsigned char* data, int length) {
   // A tiny frame (audio) is copied; a larger one stays where it lies until
-  // the next flush.
+  // a flush has written it. With no room left, whole blocks go first; only
+  // when that frees nothing is everything written.
   bool copy = length <= kCopiedFrameBytes;
   size_t copied = 12 + static_cast<size_t>(vol_length) + (copy ? static_cast<size_t>(length) : 0);
   auto full = [&] { return !file_.HasRoom(3, copied) || (!copy && in_flight_.size() >= kMaxInFlight); };
